@@ -1,0 +1,267 @@
+// String-keyed hash map whose iteration order is fixed by its algorithm, so
+// that every list printed by walking a map is the same byte for byte on every
+// host: hash h = 5*h + c over the key's bytes (signed), chained buckets whose
+// counts come from a fixed prime list, new nodes at the head of their bucket,
+// growth before every insertion when count + 1 exceeds the bucket count.
+#ifndef VELCOR_MISC_HASH_MAP_H
+#define VELCOR_MISC_HASH_MAP_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace misc {
+
+// Hash of a C string: every byte taken as a signed char, wrapping at 2^32.
+inline std::uint32_t hashString(const char* a_key)
+{
+    std::uint32_t h = 0;
+    for (; *a_key; ++a_key)
+        h = 5u * h + static_cast<std::uint32_t>(static_cast<std::int32_t>(static_cast<signed char>(*a_key)));
+    return h;
+}
+
+// The first prime of the bucket-count list that is >= a_hint (the last one
+// when a_hint is larger than every prime).
+inline std::size_t nextBucketCount(std::size_t a_hint)
+{
+    static const std::size_t primes[] = {
+        5ul,         53ul,         97ul,         193ul,       389ul,       769ul,
+        1543ul,      3079ul,       6151ul,       12289ul,     24593ul,     49157ul,
+        98317ul,     196613ul,     393241ul,     786433ul,    1572869ul,   3145739ul,
+        6291469ul,   12582917ul,   25165843ul,   50331653ul,  100663319ul, 201326611ul,
+        402653189ul, 805306457ul,  1610612741ul, 3221225473ul, 4294967291ul};
+    for (std::size_t prime : primes)
+        if (prime >= a_hint)
+            return prime;
+    return primes[sizeof primes / sizeof primes[0] - 1];
+}
+
+// How keys are told apart: by their text, or by the identity of the key
+// object (every insertion then adds a node, even for an equal text).
+enum class KeyCompare { Text, Identity };
+
+template <class V>
+class StringHashMap {
+    struct Node {
+        Node* m_next;
+        std::pair<const std::string, V> m_entry;
+        Node(Node* a_next, const char* a_key, const V& a_value)
+            : m_next(a_next), m_entry(a_key, a_value) {}
+    };
+
+public:
+    using value_type = std::pair<const std::string, V>;
+
+    template <bool Const>
+    class Iter {
+        using MapPtr = typename std::conditional<Const, const StringHashMap*, StringHashMap*>::type;
+        friend class StringHashMap;
+        MapPtr m_map = nullptr;
+        std::size_t m_bucket = 0;
+        Node* m_node = nullptr;
+
+        Iter(MapPtr a_map, std::size_t a_bucket, Node* a_node)
+            : m_map(a_map), m_bucket(a_bucket), m_node(a_node) {}
+        void skipEmptyBuckets()
+        {
+            while (!m_node && ++m_bucket < m_map->m_buckets.size())
+                m_node = m_map->m_buckets[m_bucket];
+        }
+
+    public:
+        using iterator_category = std::forward_iterator_tag;
+        using value_type = StringHashMap::value_type;
+        using difference_type = std::ptrdiff_t;
+        using reference = typename std::conditional<Const, const value_type&, value_type&>::type;
+        using pointer = typename std::conditional<Const, const value_type*, value_type*>::type;
+
+        Iter() = default;
+        operator Iter<true>() const { return Iter<true>(m_map, m_bucket, m_node); }
+        reference operator*() const { return m_node->m_entry; }
+        pointer operator->() const { return &m_node->m_entry; }
+        Iter& operator++()
+        {
+            m_node = m_node->m_next;
+            skipEmptyBuckets();
+            return *this;
+        }
+        Iter operator++(int)
+        {
+            Iter old = *this;
+            ++*this;
+            return old;
+        }
+        bool operator==(const Iter& a_other) const { return m_node == a_other.m_node; }
+        bool operator!=(const Iter& a_other) const { return m_node != a_other.m_node; }
+    };
+    using iterator = Iter<false>;
+    using const_iterator = Iter<true>;
+
+    explicit StringHashMap(std::size_t a_hint = 100, KeyCompare a_compare = KeyCompare::Text)
+        : m_buckets(nextBucketCount(a_hint), nullptr), m_compare(a_compare) {}
+
+    StringHashMap(const StringHashMap& a_other)
+        : m_buckets(a_other.m_buckets.size(), nullptr), m_compare(a_other.m_compare)
+    {
+        copyNodesFrom(a_other);
+    }
+
+    StringHashMap& operator=(const StringHashMap& a_other)
+    {
+        if (this != &a_other) {
+            clear();
+            m_buckets.assign(a_other.m_buckets.size(), nullptr);
+            m_compare = a_other.m_compare;
+            copyNodesFrom(a_other);
+        }
+        return *this;
+    }
+
+    ~StringHashMap() { clear(); }
+
+    std::size_t size() const { return m_count; }
+    bool empty() const { return m_count == 0; }
+    std::size_t bucketCount() const { return m_buckets.size(); }
+
+    iterator begin() { return firstFrom<iterator>(this); }
+    iterator end() { return iterator(this, m_buckets.size(), nullptr); }
+    const_iterator begin() const { return firstFrom<const_iterator>(this); }
+    const_iterator end() const { return const_iterator(this, m_buckets.size(), nullptr); }
+
+    // A lookup never grows the table. With identity keys no text matches.
+    iterator find(const char* a_key)
+    {
+        if (m_compare == KeyCompare::Identity)
+            return end();
+        std::size_t bucket = bucketOf(a_key);
+        for (Node* n = m_buckets[bucket]; n; n = n->m_next)
+            if (std::strcmp(n->m_entry.first.c_str(), a_key) == 0)
+                return iterator(this, bucket, n);
+        return end();
+    }
+    const_iterator find(const char* a_key) const { return const_cast<StringHashMap*>(this)->find(a_key); }
+
+    // The entry whose key is the very text object a_key points to (the key
+    // text handed out by an iterator); used with identity keys.
+    const_iterator findKeyObject(const char* a_key) const
+    {
+        for (const_iterator it = begin(); it != end(); ++it)
+            if (it->first.c_str() == a_key)
+                return it;
+        return end();
+    }
+    bool contains(const char* a_key) const { return find(a_key) != end(); }
+
+    // Insertion when absent; the table grows first in either case.
+    std::pair<iterator, bool> insert(const char* a_key, const V& a_value)
+    {
+        growFor(m_count + 1);
+        iterator found = find(a_key);
+        if (found != end())
+            return {found, false};
+        return {addAtHead(a_key, a_value), true};
+    }
+
+    // Assignment-style access: the table grows first, then the entry is
+    // found or added with a default value.
+    V& operator[](const char* a_key) { return insert(a_key, V()).first->second; }
+
+    iterator erase(iterator a_position)
+    {
+        iterator next = a_position;
+        ++next;
+        Node** link = &m_buckets[a_position.m_bucket];
+        while (*link != a_position.m_node)
+            link = &(*link)->m_next;
+        *link = a_position.m_node->m_next;
+        delete a_position.m_node;
+        --m_count;
+        return next;
+    }
+
+    bool erase(const char* a_key)
+    {
+        iterator found = find(a_key);
+        if (found == end())
+            return false;
+        erase(found);
+        return true;
+    }
+
+    // Removes every entry; the bucket count stays.
+    void clear()
+    {
+        for (Node*& head : m_buckets) {
+            while (head) {
+                Node* next = head->m_next;
+                delete head;
+                head = next;
+            }
+        }
+        m_count = 0;
+    }
+
+private:
+    template <class It, class Map>
+    static It firstFrom(Map a_map)
+    {
+        It it(a_map, 0, a_map->m_buckets.empty() ? nullptr : a_map->m_buckets[0]);
+        if (!it.m_node)
+            it.skipEmptyBuckets();
+        return it;
+    }
+
+    std::size_t bucketOf(const char* a_key) const { return hashString(a_key) % m_buckets.size(); }
+
+    iterator addAtHead(const char* a_key, const V& a_value)
+    {
+        std::size_t bucket = bucketOf(a_key);
+        m_buckets[bucket] = new Node(m_buckets[bucket], a_key, a_value);
+        ++m_count;
+        return iterator(this, bucket, m_buckets[bucket]);
+    }
+
+    void growFor(std::size_t a_needed)
+    {
+        if (a_needed <= m_buckets.size())
+            return;
+        std::size_t count = nextBucketCount(a_needed);
+        if (count <= m_buckets.size())
+            return;
+        std::vector<Node*> fresh(count, nullptr);
+        for (Node*& head : m_buckets) {
+            while (Node* node = head) {
+                head = node->m_next;
+                std::size_t bucket = hashString(node->m_entry.first.c_str()) % count;
+                node->m_next = fresh[bucket];
+                fresh[bucket] = node;
+            }
+        }
+        m_buckets.swap(fresh);
+    }
+
+    void copyNodesFrom(const StringHashMap& a_other)
+    {
+        for (std::size_t i = 0; i < a_other.m_buckets.size(); ++i) {
+            Node** tail = &m_buckets[i];
+            for (Node* n = a_other.m_buckets[i]; n; n = n->m_next) {
+                *tail = new Node(nullptr, n->m_entry.first.c_str(), n->m_entry.second);
+                tail = &(*tail)->m_next;
+            }
+        }
+        m_count = a_other.m_count;
+    }
+
+    std::vector<Node*> m_buckets;
+    std::size_t m_count = 0;
+    KeyCompare m_compare;
+};
+
+} // namespace misc
+
+#endif

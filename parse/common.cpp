@@ -1,0 +1,195 @@
+#include "common.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <string>
+
+#include "misc/stop.h"
+
+namespace {
+
+std::ofstream m_out_file;
+char m_out_buffer[1 << 16];
+std::ostream* m_redirect = nullptr;
+std::string outFileName;
+signed char outFileIndex = 0;
+output_format_t output_format = ICS;
+bool m_noIf = false;
+
+// Every table is indexed by output_format_t: ICS, CVC, TLV.
+const char comment[MAX_FORMAT] = {'%', '%', '#'};
+const char* assertStrs[MAX_FORMAT] = {"assert(", "ASSERT ", ""};
+const char* const checkStrs[MAX_FORMAT] = {"check(", "QUERY ", ""};
+const char* const andCheckStrs[MAX_FORMAT] = {"); check(", "AND ", ""};
+const char* endStrs[MAX_FORMAT] = {").", ";", ";"};
+const char* const andStrs[MAX_FORMAT] = {"&", " AND ", ""};
+const char* const orStrs[MAX_FORMAT] = {"|", " OR ", ""};
+const char* const notStrs[MAX_FORMAT] = {"~", " NOT ", ""};
+const char* const ifStrs[MAX_FORMAT] = {" if ", " (IF (", ""};
+const char* const thenStrs[MAX_FORMAT] = {" then ", ") THEN ", ""};
+const char* const elseStrs[MAX_FORMAT] = {" else ", " ELSE ", ""};
+const char* const endIfStrs[MAX_FORMAT] = {" end ", " ENDIF) ", ""};
+const char* const addressStrs[MAX_FORMAT] = {"ADDRESS", "ADDRESS", "ADDRESS"};
+const char* const ptrSignStrs[MAX_FORMAT] = {"X", "X", "X"};
+const char* const fieldSignStrs[MAX_FORMAT] = {"Y", "Y", "Y"};
+
+void openNumbered(const char* a_format, const char* a_prefix)
+{
+    if (m_out_file.is_open())
+        m_out_file.close();
+    char number[8];
+    std::snprintf(number, sizeof number, "%d", static_cast<int>(outFileIndex));
+    outFileName = a_prefix ? std::string(a_prefix) + number : std::string(a_format) + number;
+    // Created with the permission bits 0664 (before the creation mask), which
+    // a stream cannot ask for; the stream then truncates and keeps them.
+    int fd = ::open(outFileName.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0664);
+    if (fd >= 0) {
+        ::close(fd);
+        m_out_file.rdbuf()->pubsetbuf(m_out_buffer, sizeof m_out_buffer);
+        m_out_file.clear();
+        m_out_file.open(outFileName.c_str(), std::ios::out | std::ios::trunc | std::ios::binary);
+    }
+    outFileIndex = static_cast<signed char>(outFileIndex + 1);
+}
+
+} // namespace
+
+void setOutFile(const char* a_prefix)
+{
+    openNumbered(nullptr, a_prefix);
+}
+
+void setOutFile()
+{
+    openNumbered("stdout.ia64.", nullptr);
+}
+
+std::ostream* getOutFile()
+{
+    if (m_redirect)
+        return m_redirect;
+    VELCOR_ASSERT(m_out_file.is_open());
+    return &m_out_file;
+}
+
+void resetOutFile()
+{
+    VELCOR_ASSERT(m_out_file.is_open());
+    m_out_file.close();
+    setOutFile();
+}
+
+bool outFileIsOpen()
+{
+    return m_out_file.is_open();
+}
+
+void setOutStream(std::ostream* a_stream)
+{
+    m_redirect = a_stream;
+}
+
+void resetCommon()
+{
+    if (m_out_file.is_open())
+        m_out_file.close();
+    outFileIndex = 0;
+    output_format = ICS;
+    m_noIf = false;
+    putAssertStr();
+}
+
+void setOutFormat(output_format_t a_format)
+{
+    output_format = a_format;
+}
+
+output_format_t getOutFormat()
+{
+    return output_format;
+}
+
+void setSkipPrintIf()
+{
+    m_noIf = true;
+}
+
+bool skipPrintIf()
+{
+    return m_noIf;
+}
+
+char commentChar() { return comment[output_format]; }
+const char* assertStr() { return assertStrs[output_format]; }
+const char* checkStr() { return checkStrs[output_format]; }
+const char* andCheckStr() { return andCheckStrs[output_format]; }
+const char* endStr() { return endStrs[output_format]; }
+const char* andStr() { return andStrs[output_format]; }
+const char* orStr() { return orStrs[output_format]; }
+const char* notStr() { return notStrs[output_format]; }
+const char* ifStr() { return ifStrs[output_format]; }
+const char* thenStr() { return thenStrs[output_format]; }
+const char* elseStr() { return elseStrs[output_format]; }
+const char* endIfStr() { return endIfStrs[output_format]; }
+const char* addressStr() { return addressStrs[output_format]; }
+const char* ptrSignStr() { return ptrSignStrs[output_format]; }
+const char* fieldSignStr() { return fieldSignStrs[output_format]; }
+
+void putAndStr()
+{
+    assertStrs[CVC] = "AND ";
+    endStrs[CVC] = " ";
+}
+
+void putAssertStr()
+{
+    assertStrs[CVC] = "ASSERT ";
+    endStrs[CVC] = ";";
+}
+
+namespace {
+
+// " P" for the prefixes O and P (primed pairs), otherwise a single blank.
+const char* pairPrefix(char a_prefix)
+{
+    return (a_prefix == 'O' || a_prefix == 'P') ? " P" : " ";
+}
+
+void openPair(char a_prefix)
+{
+    if (a_prefix == 'O' || a_prefix == 'P')
+        *getOutFile() << "(";
+}
+
+void closePair(const char* a_source_var, char a_prefix)
+{
+    std::ostream& out = *getOutFile();
+    const char* prefix = pairPrefix(a_prefix);
+    if (a_prefix == 'O')
+        out << "| (" << prefix << "s" << a_source_var << "=" << "s" << a_source_var << "))\n";
+    if (a_prefix == 'P')
+        out << ")";
+}
+
+} // namespace
+
+void printPair(const char* a_source_var, const char* a_target_var, char a_prefix)
+{
+    const char* prefix = pairPrefix(a_prefix);
+    openPair(a_prefix);
+    *getOutFile() << "(" << prefix << "s" << a_source_var << "=" << prefix << "t" << a_target_var << ")\n";
+    closePair(a_source_var, a_prefix);
+}
+
+void printPairofArrays(const char* a_source_var, const char* a_target_var, const char* a_source_index,
+                       const char* a_target_index, char a_prefix)
+{
+    const char* prefix = pairPrefix(a_prefix);
+    openPair(a_prefix);
+    *getOutFile() << "(" << prefix << "s" << a_source_var << "[" << prefix << "s" << a_source_index << "]=" << prefix
+                  << "t" << a_target_var << "[" << prefix << "t" << a_target_index << "])\n";
+    closePair(a_source_var, a_prefix);
+}

@@ -1,0 +1,82 @@
+// The listing front end: the opcode table, the scanner and the grammar, and
+// the process-wide objects that the parser fills for the driver.
+#ifndef VELCOR_PARSE_PARSE_H
+#define VELCOR_PARSE_PARSE_H
+
+#include <cstdio>
+
+class Symbols;
+class BasicBlock;
+class RawTransition;
+
+// The supported PowerPC mnemonics, in the order of top_names.
+enum TOP {
+    addi = 0,
+    addis,
+    add,
+    andc,
+    divw,
+    mulli,
+    mullw,
+    stw,
+    bclr,
+    stwu,
+    mfspr,
+    stmw,
+    lwz,
+    lwzu,
+    lmw,
+    cmpi,
+    cmpli,
+    bc,
+    b,
+    subf,
+    bl,
+    cntlzw,
+    rlwinm,
+    rlwinm_,
+    mfcr,
+    mtspr,
+    orx,
+    ori,
+    neg,
+    lfs,
+    fsubs,
+    stfs,
+    fadds,
+    fmuls,
+    fcmpu,
+    TOP_UNDEFINED
+};
+
+constexpr int TOP_COUNT = TOP_UNDEFINED + 1;
+
+// The listing text of each opcode, indexed by TOP.
+extern const char* const top_names[TOP_COUNT];
+
+// The opcode of a mnemonic (exact, case-sensitive), or TOP_UNDEFINED.
+TOP get_topcode(const char* a_text);
+// The listing name of an opcode; "UNDEFINED" for any value outside the table.
+const char* topName(int a_opcode);
+
+// Scanner: reads the listing from a_listing, starting a new input at its
+// first line.
+void startScanner(FILE* a_listing);
+int yylex();
+// Number of the line the scanner stands on (1 + newlines consumed).
+int scannerLine();
+// Releases the scanner's buffers and the names it handed out.
+void resetScanner();
+
+// Grammar: parses the whole listing; 0 when accepted.
+int yyparse();
+void yyerror(const char* a_message);
+
+// Process-wide objects of the run.
+constexpr int MAX_BASIC_BLOCKS = 500;
+extern Symbols* parse_symbol_table;
+extern BasicBlock** parse_basic_blocks;
+extern BasicBlock* basic_block;
+extern int debug_level;
+
+#endif

@@ -1,0 +1,139 @@
+%{
+// Grammar of the assembly listing. Every line is one instruction; its
+// operands are registered in the target operand table, collected by the raw
+// transition and, when the instruction is complete, translated into the one
+// transition of the program. The whole listing forms a single basic block.
+#include <cstring>
+#include <iostream>
+
+#include "basicblock.h"
+#include "parse.h"
+#include "rawtransition.h"
+#include "symbols.h"
+
+// The parser's two messages, in the words the listing's users know.
+static const char* parserMessage(const char* a_message)
+{
+    if (std::strcmp(a_message, "syntax error") == 0)
+        return "parse error";
+    if (std::strcmp(a_message, "memory exhausted") == 0)
+        return "parser stack overflow";
+    return a_message;
+}
+#define YY_(Message) parserMessage(Message)
+
+#define YYINITDEPTH 200
+#define YYMAXDEPTH 100000
+
+static void addConstant(long a_value)
+{
+    raw_transition.addOperand(*parse_symbol_table->addTN(a_value));
+}
+
+static void addNamed(const char* a_name)
+{
+    raw_transition.addOperand(*parse_symbol_table->addTN(TN_SYM_REG, a_name));
+}
+%}
+
+%code requires {
+#include "parse.h"
+}
+
+%define parse.trace
+
+%union {
+    long num;
+    TOP op;
+    char* name;
+}
+
+%token <num> NUM 257
+%token <num> HEXNUM 258
+%token <name> SYMBOL 259
+%token LT_SIGN 260
+%token GT_SIGN 261
+%token PLUS 262
+%token <op> OPCODE 263
+%token SEMICOLON 264
+%token REG 265
+%token RIGHTP 266
+%token LEFTP 267
+%token COMMA 268
+
+%type <num> Pc_address Address
+
+%start start
+
+%%
+
+start
+    : {
+          yydebug = 0;
+          basic_block = new BasicBlock(0, 1, 0, parse_symbol_table);
+          raw_transition.initRawTransition();
+      }
+      Lines
+      {
+          basic_block->setTransition(raw_transition.getTransition());
+          parse_basic_blocks[0] = basic_block;
+      }
+    ;
+
+/* Left recursion: the stack stays flat however long the listing is. */
+Lines
+    : Line
+    | Lines Line
+    ;
+
+Line
+    : HEXNUM SEMICOLON Pc_address SEMICOLON Instruction { yydebug = 0; }
+    | HEXNUM Pc_address SEMICOLON Instruction { yydebug = 0; }
+    ;
+
+Instruction
+    : OPCODE
+      {
+          /* No operands: translated with its address alone. */
+          raw_transition.addOperation($1);
+          raw_transition.endOperation();
+      }
+    | OPCODE { raw_transition.addOperation($1); } Operands
+    ;
+
+/* Right recursion: the first form is reduced for the last operand, once
+   every operand of the line is in. */
+Operands
+    : Operand { raw_transition.endOperation(); }
+    | Operand COMMA Operands
+    ;
+
+/* A lone name is always a named operand, never an address. */
+Operand
+    : SYMBOL { addNamed($1); }
+    | NUM { addConstant($1); }
+    | NUM LEFTP SYMBOL RIGHTP { addConstant($1); addNamed($3); }
+    | Address
+    ;
+
+/* A symbolic address contributes only its offset, as a constant operand. */
+Pc_address
+    : Address { $$ = $1; }
+    | SYMBOL { addConstant(0); $$ = 0; }
+    ;
+
+Address
+    : LT_SIGN SYMBOL PLUS NUM GT_SIGN { addConstant($4); $$ = $4; }
+    | LT_SIGN SYMBOL GT_SIGN { addConstant(0); $$ = 0; }
+    | SYMBOL PLUS NUM { addConstant($3); $$ = $3; }
+    ;
+
+%%
+
+RawTransition raw_transition;
+BasicBlock* basic_block = nullptr;
+
+void yyerror(const char* a_message)
+{
+    std::cout << a_message << " \n";
+}

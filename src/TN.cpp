@@ -1,0 +1,73 @@
+#include "TN.h"
+
+#include <cstdlib>
+#include <ostream>
+
+#include "common.h"
+
+long registerNumberOf(const char* a_name)
+{
+    // Read as the format "%c%ld" would: any first character, then a decimal
+    // number (blanks and a sign allowed); overflow saturates.
+    if (a_name[0] != 'r')
+        return 129;
+    const char* digits = a_name + 1;
+    char* end = nullptr;
+    long value = std::strtol(digits, &end, 10);
+    return end == digits ? 129 : value;
+}
+
+TN::TN(long a_value) : m_value(a_value), m_type(TN_CONST) {}
+
+TN::TN(TN_t a_kind, long a_value) : m_value(a_value), m_type(a_kind) {}
+
+TN::TN(TN_t a_kind, const char* a_name)
+    : m_type(a_name[0] == '.' ? TN_LABEL : a_kind), m_name(correctNameForIcs(a_name))
+{
+    m_value = registerNumberOf(m_name.c_str());
+}
+
+TN::TN(TN_t a_kind, const char* a_temporary_name, const char* a_name)
+    : m_temporary_name(correctNameForIcs(a_temporary_name)), m_type(a_kind), m_name(correctNameForIcs(a_name))
+{
+    m_value = registerNumberOf(m_name.c_str());
+}
+
+TN::TN(TN_t a_kind, const char* a_name, long a_value)
+    : m_value(a_value), m_type(a_kind), m_name(correctNameForIcs(a_name))
+{
+}
+
+void TN::update(const TN* a_other)
+{
+    m_name = a_other->m_name;
+    m_value = a_other->m_value;
+    m_type = a_other->m_type;
+    m_temporary_name = a_other->m_temporary_name;
+}
+
+std::string TN::correctNameForIcs(const char* a_name)
+{
+    std::string name(a_name);
+    bool cvc = getOutFormat() == CVC;
+    for (char& c : name)
+        if (c == '.' || (!cvc && c == '_'))
+            c = 'X';
+    return name;
+}
+
+void TN::print(bool a_prime, bool a_source) const
+{
+    std::ostream& out = *getOutFile();
+    if (m_type == TN_LOGICAL) {
+        out << m_name;
+    } else if (m_type == TN_CONST) {
+        out << m_value;
+    } else {
+        if (a_prime)
+            out << 'P';
+        if (a_source)
+            out << 's';
+        out << m_name;
+    }
+}

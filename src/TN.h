@@ -1,0 +1,75 @@
+// One operand of an instruction, or one named variable of the symbolic
+// machine. Its name is adjusted once, at creation, to the identifier rules of
+// the output syntax in force.
+#ifndef VELCOR_SRC_TN_H
+#define VELCOR_SRC_TN_H
+
+#include <string>
+
+enum TN_t {
+    TN_SYM_REG = 0, // a register or other operand written by name
+    TN_SYM_PREG,    // a predicate register by name
+    TN_CONST,       // an integer constant
+    TN_LABEL,       // a label (a name starting with a full stop)
+    TN_SYMBOL,      // a symbol (memory and stack cells)
+    TN_DISP,        // a displacement
+    TN_EXTERNAL,    // an external (array) variable
+    TN_LOGICAL,     // a logical variable, printed by its bare name
+    TN_LOG_REG,     // a logical register (condition bits, propositions)
+    TN_LTOFF        // an offset into the linkage table
+};
+
+// The value a named operand carries: the number after a leading "r" when one
+// can be read (r31 gives 31), otherwise 129.
+long registerNumberOf(const char* a_name);
+
+class TN {
+public:
+    explicit TN(long a_value);
+    TN(TN_t a_kind, long a_value);
+    // Kind TN_LABEL when the name starts with a full stop.
+    TN(TN_t a_kind, const char* a_name);
+    TN(TN_t a_kind, const char* a_temporary_name, const char* a_name);
+    TN(TN_t a_kind, const char* a_name, long a_value);
+
+    const char* TNName() const { return m_name.c_str(); }
+    const char* TNTemporaryName() const { return m_temporary_name.c_str(); }
+    long TNValue() const { return m_value; }
+    long TNRegNum() const { return m_value; }
+    TN_t TNType() const { return m_type; }
+
+    bool isConst() const { return m_type == TN_CONST || m_type == TN_LABEL || m_type == TN_DISP; }
+    bool isReg() const { return m_type == TN_SYM_REG; }
+    bool isLabel() const { return m_type == TN_LABEL; }
+    bool isExternal() const { return m_type == TN_EXTERNAL; }
+    bool isLogical() const { return m_type == TN_LOG_REG; }
+    bool isLTOFF() const { return m_type == TN_LTOFF; }
+    bool isP0() const { return m_type == TN_SYM_REG && m_name == "p0"; }
+    bool isArray() const { return m_type == TN_EXTERNAL || m_pointer_to_array; }
+    bool isAddress() const { return m_isAddress; }
+    void setIsAddress(bool a_is_address) { m_isAddress = a_is_address; }
+    void setPointerToArray() { m_pointer_to_array = true; }
+
+    // Copies name, value, kind and temporary name; the two flags stay.
+    void update(const TN* a_other);
+
+    // The name with the characters the output syntax does not allow in
+    // identifiers replaced by X: full stops for CVC, full stops and
+    // underscores for ICS and TLV.
+    static std::string correctNameForIcs(const char* a_name);
+
+    // Writes the operand to the output file: constants as their value,
+    // logical variables by their bare name, others with "P" when primed and
+    // "s" on the source side.
+    void print(bool a_prime, bool a_source) const;
+
+private:
+    std::string m_temporary_name;
+    long m_value = 0;
+    TN_t m_type;
+    bool m_isAddress = false;
+    std::string m_name;
+    bool m_pointer_to_array = false;
+};
+
+#endif

@@ -1,0 +1,42 @@
+#include "assertion.h"
+
+#include <iostream>
+
+#include "common.h"
+#include "parse.h"
+#include "symbols.h"
+
+Assertion::Assertion()
+{
+    std::cout << "LAST=0\n";
+}
+
+void Assertion::addAssertion(const ExpHandle& a_exp)
+{
+    if (no_more || !a_exp.data())
+        return;
+    assertions.push_back(a_exp);
+    ++last;
+}
+
+void Assertion::printAll()
+{
+    // Printing an assertion prints comparisons, which must not add more.
+    no_more = true;
+    std::cout << "=*=*=*=*=*=*=*=*=*= print all " << last << '\n';
+    std::ostream& out = *getOutFile();
+    system_t side = parse_symbol_table ? parse_symbol_table->getSystem() : TARGET;
+    for (int i = 0; i < last; ++i) {
+        std::cout << "inserts " << i << '\n';
+        out << assertStr();
+        assertions[i]->print(false, side, false);
+        out << endStr() << '\n';
+    }
+}
+
+void Assertion::clear()
+{
+    assertions.clear();
+    no_more = false;
+    last = 0;
+}

@@ -1,0 +1,2 @@
+// Stand-in until path conditions land.
+#include "clause.h"

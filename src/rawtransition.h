@@ -1,0 +1,45 @@
+// Collects the operands of the instruction being read and its opcode, and
+// hands the complete instruction to the translator, which extends the one
+// transition of the program.
+#ifndef VELCOR_SRC_RAWTRANSITION_H
+#define VELCOR_SRC_RAWTRANSITION_H
+
+#include <memory>
+
+#include "TN.h"
+#include "parse.h"
+#include "transition.h"
+
+class RawTransition {
+public:
+    static constexpr int MAX_OPERANDS = 10;
+
+    RawTransition();
+    RawTransition(const RawTransition&) = delete;
+    RawTransition& operator=(const RawTransition&) = delete;
+
+    void initRawTransition();
+    void startTransition();
+    // An eleventh operand ends the run.
+    void addOperand(TN& a_operand);
+    void addOperation(TOP a_opcode);
+    void endOperation();
+    Transition* getTransition() { return m_transition.get(); }
+    // Drops the transition (a new run starts with initRawTransition).
+    void clear();
+
+protected:
+    void addPredicatedAssignment(unsigned a_predicate, const char* a_destination, ExpHandle a_value);
+
+private:
+    TN* m_operands[MAX_OPERANDS] = {};
+    TOP m_operation = TOP_UNDEFINED;
+    int m_operands_count = 0;
+    int m_destination_count = 0;
+    bool m_destination = true;
+    std::unique_ptr<Transition> m_transition;
+};
+
+extern RawTransition raw_transition;
+
+#endif

@@ -1,0 +1,90 @@
+// The PowerPC instruction translator. One forward pass over the listing: each
+// instruction id carries a path condition (a DNF over numbered branch
+// propositions); every register, condition bit or memory cell an instruction
+// writes receives IF(path condition, new value, old value).
+#ifndef VELCOR_SRC_PPC_MACHINE_H
+#define VELCOR_SRC_PPC_MACHINE_H
+
+#include <list>
+
+#include "DNF.h"
+#include "expression.h"
+#include "parse.h"
+#include "symbols.h"
+#include "transition.h"
+
+// Names of the 32 condition-register bits, "cr00" to "cr31".
+extern const char* const CR_register[32];
+
+class Annotation {
+public:
+    Annotation() = default;
+    // Writes the annotation to the output file at once.
+    Annotation(int a_id, const DNF& a_formula);
+
+    void print() const;
+    int id() const { return m_id; }
+    bool isTrue() const { return m_formula.isTrue(); }
+    bool isFalse() const { return m_formula.isFalse(); }
+    DNF formula() const { return m_formula; }
+    ExpHandle getCond() const { return m_formula.getExp(); }
+
+private:
+    int m_id = 0;
+    DNF m_formula;
+    ExpHandle m_proposition;
+};
+
+class Machine {
+public:
+    Machine() = default;
+
+    void init(Symbols* a_parse_symbol_table);
+    DNF getAnnotation(int a_id) const;
+    // Removes the lowest-id annotation and returns its formula (false when
+    // the list is empty).
+    DNF getAndDeleteFirstAnnotation();
+    void setAnnotation(const Annotation& a_annotation, bool a_first);
+    static bool isBranch(TOP a_operation);
+    ExpHandle mayBeIf(bool a_is_true, bool a_is_false, const ExpHandle& a_cond, const ExpHandle& a_then_part,
+                      const ExpHandle& a_else_part) const;
+    ExpHandle notIf(bool, bool, const ExpHandle&, const ExpHandle& a_then_part, const ExpHandle&) const
+    {
+        return a_then_part;
+    }
+    bool isSp(const TN* a_tn) const;
+    TN* memoryVar(const TN* a_tn);
+    TN* memoryVar(const TN* a_tn, const TN* b_tn);
+    // The cell MEM[displacement+name] of a base known by name only.
+    TN* memoryVar(const TN* a_tn, const char* a_base_name);
+    TN* stackVar(const TN* a_tn);
+    long getUnknownMemory() { return ++m_unknownMemory; }
+    void unsupported_op(TOP a_operation) const;
+    void print(int a_id) const;
+    void printAll() const;
+
+    void translate_opcode(Transition* a_transition, TN** a_operands, TOP a_operation, int a_operands_count,
+                          int a_destination_count, bool a_destination);
+
+    const std::list<Annotation>& annotations() const { return m_annotations; }
+    // Forgets every annotation and the operand table (a new run).
+    void clear();
+
+private:
+    Symbols* m_parse_symbol_table = nullptr;
+    std::list<Annotation> m_annotations;
+    int m_lastAnnotationIndex = 0;
+    DNF m_falseDNF;
+    long m_unknownMemory = 0;
+    const char* m_CR_copy = nullptr;
+};
+
+extern Machine machine;
+
+// The value of a rotate-and-mask instruction for the source value a_exp.
+ExpHandle rotateAndMask(long a_from, long a_to, long a_rotation_amount, const ExpHandle& a_exp);
+// The sign bit of a_exp AND NOT a_negated.
+ExpHandle get_sign_bit_andc(const ExpHandle& a_negated, const ExpHandle& a_exp);
+ExpHandle CreateSignBit(const ExpHandle& a_exp);
+
+#endif

@@ -1,0 +1,64 @@
+#!/bin/sh
+# Set-up, build and run for developers and CI, on a Debian machine.
+#   tools/dev.sh example   build velcor and run it on the bundled example
+#   tools/dev.sh check     build and run every test, then again under
+#                          AddressSanitizer and UndefinedBehaviorSanitizer
+#   tools/dev.sh build     build only (build/)
+set -eu
+top=$(cd "$(dirname "$0")/.." && pwd)
+cd "$top"
+jobs=$(nproc 2>/dev/null || echo 2)
+
+# Installs what the build needs when it is missing (as root, with apt-get).
+install_missing() {
+    missing=""
+    command -v cmake >/dev/null 2>&1 || missing="$missing cmake"
+    command -v g++ >/dev/null 2>&1 || missing="$missing g++"
+    command -v make >/dev/null 2>&1 || missing="$missing make"
+    command -v flex >/dev/null 2>&1 || missing="$missing flex"
+    command -v bison >/dev/null 2>&1 || missing="$missing bison"
+    [ -f /usr/include/gtest/gtest.h ] || missing="$missing libgtest-dev"
+    if [ "${1:-}" = fuzz ]; then
+        command -v clang++ >/dev/null 2>&1 || missing="$missing clang"
+        ls /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a >/dev/null 2>&1 ||
+            missing="$missing libclang-rt-dev"
+    fi
+    if [ -n "$missing" ]; then
+        echo "Installing:$missing"
+        if [ "$(id -u)" != 0 ]; then echo "run as root to install:$missing" >&2; exit 1; fi
+        apt-get update
+        DEBIAN_FRONTEND=noninteractive apt-get install -y $missing
+    fi
+}
+
+# build DIR [cmake options...]
+build() {
+    dir=$1; shift
+    cmake -S "$top" -B "$dir" "$@" >/dev/null
+    cmake --build "$dir" -j "$jobs"
+}
+
+case "${1:-}" in
+example)
+    install_missing
+    build build -DVELCOR_TESTS=OFF
+    sh examples/run.sh "$top/build/velcor" "$top/build/example"
+    ;;
+check)
+    install_missing fuzz
+    build build
+    (cd build && ctest --output-on-failure -j "$jobs")
+    build build-sanitize -DVELCOR_SANITIZE=ON
+    (cd build-sanitize && ctest --output-on-failure -j "$jobs")
+    if [ -f fuzz/run.sh ]; then sh fuzz/run.sh "${FUZZ_SECONDS:-60}"; fi
+    echo "All tests passed."
+    ;;
+build)
+    install_missing
+    build build
+    ;;
+*)
+    echo "usage: tools/dev.sh example | check | build" >&2
+    exit 2
+    ;;
+esac
