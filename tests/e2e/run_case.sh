@@ -8,6 +8,7 @@
 #   *.s, other inputs  copied into a fresh working directory
 #   *.dwarf            executable descriptions, built with the test-executable
 #                      builder into the file of the same name without .dwarf
+#   setup.sh           run in the working directory before velcor
 #   expected/status    exit status (0 when absent)
 #   expected/a_stdout0 the whole output file; expected/no_a_stdout0 when the
 #                      run must not create it
@@ -32,6 +33,10 @@ for description in "$work"/*.dwarf; do
     if [ -z "$builder" ]; then echo "no executable builder given"; exit 1; fi
     "$builder" "$description" "${description%.dwarf}" || { echo "builder failed on $description"; exit 1; }
 done
+
+if [ -f "$case_dir/setup.sh" ]; then
+    (cd "$work" && sh "$case_dir/setup.sh") || { echo "setup failed"; exit 1; }
+fi
 
 args=()
 if [ -f "$case_dir/args" ]; then

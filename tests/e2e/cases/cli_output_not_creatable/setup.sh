@@ -1,0 +1,2 @@
+# a directory in the way of the output file
+mkdir a_stdout0
