@@ -38,6 +38,22 @@ int countLeadingZeros(std::uint32_t a_word)
     return count;
 }
 
+std::uint64_t mix(std::uint64_t a_value)
+{
+    a_value += 0x9e3779b97f4a7c15ull;
+    a_value = (a_value ^ (a_value >> 30)) * 0xbf58476d1ce4e5b9ull;
+    a_value = (a_value ^ (a_value >> 27)) * 0x94d049bb133111ebull;
+    return a_value ^ (a_value >> 31);
+}
+
+std::uint64_t textShape(const char* a_text)
+{
+    std::uint64_t value = 1469598103934665603ull;
+    for (; *a_text; ++a_text)
+        value = (value ^ static_cast<unsigned char>(*a_text)) * 1099511628211ull;
+    return value;
+}
+
 ExpHandle negation(const ExpHandle& a_exp)
 {
     return new UnaryExp(NOT, a_exp);
@@ -69,6 +85,8 @@ bool operator==(const ExpHandle& a_left, const ExpHandle& a_right)
         return false;
     if (left == right)
         return true;
+    if (left->shape() != right->shape())
+        return false;
     switch (left->m_type) {
     case VAR_EXP: {
         TN* left_tn = left->TNValue();
@@ -95,6 +113,14 @@ bool operator==(const ExpHandle& a_left, const ExpHandle& a_right)
 }
 
 // ---------------------------------------------------------------- Expression
+
+void Expression::setShape(std::uint64_t a_first, std::uint64_t a_second, std::uint64_t a_third)
+{
+    std::uint64_t value = mix((static_cast<std::uint64_t>(m_type) << 32) ^ static_cast<std::uint32_t>(m_operator));
+    value = mix(value ^ a_first);
+    value = mix(value ^ a_second);
+    m_shape = mix(value ^ a_third);
+}
 
 std::string Expression::getFresh()
 {
@@ -161,7 +187,10 @@ bool Expression::isConst()
 
 // ------------------------------------------------------------------ ConstExp
 
-ConstExp::ConstExp(int a_value) : Expression(CONST_EXP), m_value(a_value) {}
+ConstExp::ConstExp(int a_value) : Expression(CONST_EXP), m_value(a_value)
+{
+    setShape(bits(a_value));
+}
 
 ExpHandle ConstExp::copyExp(const ExpHandle& a_exp)
 {
@@ -177,7 +206,11 @@ ExpHandle ConstExp::substituteExp(const char*, const ExpHandle&, const ExpHandle
 
 // ------------------------------------------------------------------ LabelExp
 
-LabelExp::LabelExp(const char* a_value) : Expression(LABEL_EXP), m_value(a_value) {}
+// Labels are equal only to themselves: the node's address is its shape.
+LabelExp::LabelExp(const char* a_value) : Expression(LABEL_EXP), m_value(a_value)
+{
+    setShape(reinterpret_cast<std::uintptr_t>(this));
+}
 
 ExpHandle LabelExp::copyExp(const ExpHandle& a_exp)
 {
@@ -193,9 +226,17 @@ ExpHandle LabelExp::substituteExp(const char*, const ExpHandle&, const ExpHandle
 
 // -------------------------------------------------------------------- VarExp
 
-VarExp::VarExp(TN* a_value) : Expression(VAR_EXP), m_value(a_value) {}
+// Equal variables have equal names, whether they were made from an operand
+// or from a name.
+VarExp::VarExp(TN* a_value) : Expression(VAR_EXP), m_value(a_value)
+{
+    setShape(textShape(getName()));
+}
 
-VarExp::VarExp(const char* a_name) : Expression(VAR_EXP), m_value(nullptr), m_name(a_name) {}
+VarExp::VarExp(const char* a_name) : Expression(VAR_EXP), m_value(nullptr), m_name(a_name)
+{
+    setShape(textShape(getName()));
+}
 
 ExpHandle VarExp::copyExp(const ExpHandle& a_exp)
 {
@@ -238,6 +279,7 @@ UnaryExp::UnaryExp(operator_t a_operator, const ExpHandle& a_value) : Expression
         m_operator = a_operator;
         m_operand = a_value;
     }
+    setShape(m_operand->shape());
 }
 
 ExpHandle UnaryExp::copyExp(const ExpHandle& a_exp)
@@ -297,6 +339,7 @@ BinaryExp::BinaryExp(operator_t a_operator, const ExpHandle& a_left, const ExpHa
         l_operand = a_left;
         r_operand = a_right;
     }
+    setShape(l_operand->shape(), r_operand->shape());
 }
 
 const char* BinaryExp::getName()
@@ -333,6 +376,7 @@ void BinaryExp::setOperand(int a_index, const ExpHandle& a_value)
         l_operand = a_value;
     else if (a_index == 2)
         r_operand = a_value;
+    setShape(l_operand->shape(), r_operand->shape());
 }
 
 ExpHandle BinaryExp::copyExp(const ExpHandle& a_exp)
@@ -440,6 +484,7 @@ TrinaryExp::TrinaryExp(operator_t a_operator, const ExpHandle& a_first, const Ex
         operand2 = a_second;
         operand3 = a_third;
     }
+    setShape(operand1->shape(), operand2->shape(), operand3->shape());
 }
 
 bool TrinaryExp::specialPrint()
@@ -479,6 +524,7 @@ void TrinaryExp::setOperand(int a_index, const ExpHandle& a_value)
         operand2 = a_value;
     else if (a_index == 3)
         operand3 = a_value;
+    setShape(operand1->shape(), operand2->shape(), operand3->shape());
 }
 
 ExpHandle TrinaryExp::substituteExp(const char* a_name, const ExpHandle& a_exp, const ExpHandle& self)
@@ -510,8 +556,10 @@ bool TrinaryExp::isConst()
 
 // --------------------------------------------------------------- BitArrayExp
 
+// Bit arrays are equal only to themselves: the node's address is its shape.
 BitArrayExp::BitArrayExp(const std::vector<ExpHandle>& a_values) : Expression(BIT_ARRAY_EXP), operands(a_values)
 {
+    setShape(reinterpret_cast<std::uintptr_t>(this));
     if (a_values.size() != static_cast<std::size_t>(REGISTER_SIZE_IN_BITS)) {
         std::cerr << "ERROR: "
                   << "BitArrayExp::BitArrayExp(std::vector<Handle<Expression> > a_values):"

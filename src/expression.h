@@ -99,6 +99,11 @@ public:
     // Restarts the fresh-name numbering (a new run in the same process).
     static void resetFresh() { last = 0; }
 
+    // A fingerprint of the node's structure: structurally equal nodes have
+    // equal fingerprints, so different fingerprints prove inequality without
+    // walking the trees.
+    std::uint64_t shape() const { return m_shape; }
+
     expression_type_t m_type;
     operator_t m_operator = NOOP;
     bool mark = false;
@@ -106,6 +111,10 @@ public:
 
 protected:
     explicit Expression(expression_type_t a_type) : m_type(a_type) {}
+    // Computes the fingerprint from the kind, the operator and a_parts.
+    void setShape(std::uint64_t a_first, std::uint64_t a_second = 0, std::uint64_t a_third = 0);
+
+    std::uint64_t m_shape = 0;
 };
 
 class ConstExp : public Expression {
