@@ -71,6 +71,23 @@ public:
     void clear();
 
 private:
+    class Step;
+    struct MemoryAccess;
+
+    void translateAddImmediate(Step& a_step);
+    void translateRotate(Step& a_step, bool a_record);
+    MemoryAccess memoryAccess(Step& a_step, bool a_store);
+    TN* cellOfBase(Step& a_step, const ExpHandle& a_base);
+    void translateStore(Step& a_step, bool a_update);
+    void translateLoad(Step& a_step, TOP a_operation);
+    void translateSignedCompare(Step& a_step);
+    void translateUnsignedCompare(Step& a_step);
+    void translateCopyConditionRegister(Step& a_step);
+    bool isBackBranch(int a_id, int a_target_id) const;
+    void translateConditionalBranch(Step& a_step);
+    void translateBranch(Step& a_step);
+    void translateReturn(Step& a_step);
+
     Symbols* m_parse_symbol_table = nullptr;
     std::list<Annotation> m_annotations;
     int m_lastAnnotationIndex = 0;
