@@ -25,7 +25,8 @@ public:
 
     unsigned Id() const { return m_id; }
     bb_type_t Type() const { return m_type; }
-    void setLabel(const char* a_label) { m_label = a_label; }
+    // A null label leaves the block without one.
+    void setLabel(const char* a_label);
     const char* label() const { return m_label.c_str(); }
     void setLastTrue() { m_last = true; }
     bool isLast() const { return m_last; }

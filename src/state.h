@@ -40,6 +40,8 @@ public:
     int logicalNumber() const { return m_logical_number; }
 
 private:
+    void setValue(const char* a_name, const ExpHandle& a_exp);
+
     Symbols* m_parse_symbol_table = nullptr;
     Map m_data;
     ExpHandle m_logical[MAX_LOGICAL];
