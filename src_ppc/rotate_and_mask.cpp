@@ -69,11 +69,9 @@ ExpHandle rotateAndMask(long a_from, long a_to, long a_rotation_amount, const Ex
         if (a_exp->isIf()) {
             if (isLeaf(a_exp->operand(2)) && isLeaf(a_exp->operand(3)))
                 return a_exp;
-            ExpHandle result = a_exp;
-            if (a_exp.count() > 1) {
+            if (a_exp.count() > 1)
                 out << " %copy expression" << '\n';
-                result = a_exp->copyExp(a_exp);
-            }
+            ExpHandle result = ownConditional(a_exp);
             result->setOperand(2, rotateAndMask(a_from, a_to, a_rotation_amount, result->operand(2)));
             result->setOperand(3, rotateAndMask(a_from, a_to, a_rotation_amount, result->operand(3)));
             return result;
