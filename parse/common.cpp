@@ -87,9 +87,11 @@ bool outFileIsOpen()
     return m_out_file.is_open();
 }
 
-void setOutStream(std::ostream* a_stream)
+std::ostream* setOutStream(std::ostream* a_stream)
 {
+    std::ostream* previous = m_redirect;
     m_redirect = a_stream;
+    return previous;
 }
 
 void resetCommon()

@@ -23,7 +23,8 @@ void resetOutFile();
 bool outFileIsOpen();
 // Sends all output to a_stream instead of the file (null restores the file);
 // lets a run be embedded or observed without touching the file system.
-void setOutStream(std::ostream* a_stream);
+// Returns the stream that was in place before.
+std::ostream* setOutStream(std::ostream* a_stream);
 // Back to the state of a new process: file closed, counter 0, syntax ICS,
 // the no-if flag clear, the CVC assertion keywords restored.
 void resetCommon();

@@ -12,16 +12,18 @@
 #include "parse.h"
 #include "symbols.h"
 
-// Everything printed to the output file goes to this object while it lives.
+// Everything printed to the output file goes to this object while it lives
+// (captures nest: the previous destination comes back at the end).
 class OutputCapture {
 public:
-    OutputCapture() { setOutStream(&m_text); }
-    ~OutputCapture() { setOutStream(nullptr); }
+    OutputCapture() : m_previous(setOutStream(&m_text)) {}
+    ~OutputCapture() { setOutStream(m_previous); }
     std::string text() const { return m_text.str(); }
     void clear() { m_text.str(""); }
 
 private:
     std::ostringstream m_text;
+    std::ostream* m_previous;
 };
 
 // Everything written to a standard stream (std::cout or std::cerr) goes to
