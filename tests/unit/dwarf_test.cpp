@@ -374,14 +374,3 @@ TEST_F(ReaderTest, NamesOfAnyLength)
     EXPECT_EQ(m_reader.getEntryName(m_reader.getGlobalSubroutine(m_reader.getKid(found), long_node.c_str())),
               long_node);
 }
-
-TEST_F(ReaderTest, ClearForgetsTheFile)
-{
-    read(two_units);
-    m_reader.clear();
-    EXPECT_EQ(m_reader.getDwarfSize(), 0);
-    EXPECT_EQ(m_reader.getDebugSectionIndex(), 0);
-    EXPECT_TRUE(m_reader.getSectionHeaders().empty());
-    EXPECT_TRUE(m_reader.getStringTable().empty());
-    EXPECT_EQ(unitStop("first.c"), " compilation entry first.c does not exits\n");
-}

@@ -385,11 +385,13 @@ TEST_F(MappingTest, TheWalkIsBounded)
               "Capacity exhausted: more than 100000 mapped memory cells\n");
 }
 
-TEST_F(MappingTest, ClearForgetsTheMapping)
+TEST_F(MappingTest, ClearForgetsTheFileAndTheMapping)
 {
     read(six_pairs);
     map("step", "node.c");
     m_reader.clear();
+    EXPECT_EQ(m_reader.getDwarfSize(), 0);
+    EXPECT_TRUE(m_reader.getSectionHeaders().empty());
     EXPECT_TRUE(m_reader.getMembers().empty());
     EXPECT_TRUE(m_reader.getTypeFieldOffsets().empty());
     EXPECT_EQ(m_reader.getMembers().bucketCount(), 193u);
