@@ -185,24 +185,27 @@ public:
 private:
     [[noreturn]] void fail(const std::string& a_message) const { throw Error(m_line, a_message); }
 
-    static bool isNumber(const std::string& a_text)
+    // Decimal, or hexadecimal after "0x"; nothing else.
+    static bool parseNumber(const std::string& a_text, unsigned long long& a_value)
     {
-        if (a_text.empty())
+        bool hex = a_text.size() > 2 && a_text[0] == '0' && (a_text[1] == 'x' || a_text[1] == 'X');
+        std::string digits = hex ? a_text.substr(2) : a_text;
+        const char* allowed = hex ? "0123456789abcdefABCDEF" : "0123456789";
+        if (digits.empty() || digits.find_first_not_of(allowed) != std::string::npos)
             return false;
-        std::size_t used = 0;
         try {
-            std::stoull(a_text, &used, 0);
+            a_value = std::stoull(digits, nullptr, hex ? 16 : 10);
         } catch (const std::exception&) {
             return false;
         }
-        return used == a_text.size();
+        return true;
     }
 
     std::uint32_t number(const std::string& a_text) const
     {
-        if (!isNumber(a_text))
+        unsigned long long value = 0;
+        if (!parseNumber(a_text, value))
             fail("not a number: " + a_text);
-        unsigned long long value = std::stoull(a_text, nullptr, 0);
         if (value > 0xffffffffull)
             fail("number too large: " + a_text);
         return static_cast<std::uint32_t>(value);
@@ -412,7 +415,8 @@ private:
         return bytes;
     }
 
-    // Words after "at" (or another keyword) and the words before it.
+    // Takes a_keyword and the word after it out of a_words; that word is the
+    // value.
     static bool splitAt(std::vector<std::string>& a_words, const std::string& a_keyword, std::string& a_value)
     {
         for (std::size_t i = 0; i + 1 < a_words.size(); ++i) {
