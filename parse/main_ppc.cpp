@@ -169,7 +169,7 @@ int run(int argc, char** argv)
     machine.init(parse_symbol_table);
 
     banner(35, "* READING DWARF INFO...           *");
-    dwarf_debug_o.readDwarf(executable);
+    dwarf_debug_o.readDwarf(executable, line.executable);
     dwarf_debug_o.outMembers("_C_", line.node, line.unit);
     banner(35, "* MAPPING DONE.                   *");
 
