@@ -10,5 +10,5 @@ examples=$(cd "$(dirname "$0")" && pwd)
 mkdir -p "$work"
 "$builder" "$examples/counter.dwarf" "$work/counter.elf"
 cd "$work"
-"$velcor" "$examples/counter.s" -d counter.elf -u counter.c -n counter_step -cvc >velcor.stdout
-echo "velcor ran on examples/counter.s; output file: $work/a_stdout0 (progress lines: $work/velcor.stdout)"
+"$velcor" "$examples/counter.s" -d counter.elf -u counter.c -n counter_step -cvc >velcor.stdout 2>velcor.stderr
+echo "velcor ran on examples/counter.s; output file: $work/a_stdout0 (progress lines: $work/velcor.stdout, traces: $work/velcor.stderr)"
