@@ -13,7 +13,8 @@
 #   expected/a_stdout0 the whole output file; expected/no_a_stdout0 when the
 #                      run must not create it
 #   expected/stdout, expected/stderr   compared whole when present
-#   expected/stdout_has, expected/stderr_has   lines that must appear, in order
+#   expected/stdout_has, expected/stderr_has, expected/a_stdout0_has
+#                      lines that must appear, in order
 #   expected/mode      permission bits of a_stdout0 (the run uses umask 0)
 set -u
 velcor=$1
@@ -77,6 +78,7 @@ contains_in_order() { # expected-lines actual-file label
 [ -f "$expected/stderr" ] && compare "$expected/stderr" "$work/stderr.actual" stderr
 [ -f "$expected/stdout_has" ] && contains_in_order "$expected/stdout_has" "$work/stdout.actual" stdout
 [ -f "$expected/stderr_has" ] && contains_in_order "$expected/stderr_has" "$work/stderr.actual" stderr
+[ -f "$expected/a_stdout0_has" ] && contains_in_order "$expected/a_stdout0_has" "$work/a_stdout0" a_stdout0
 [ -f "$expected/mode" ] && {
     mode=$(stat -c %a "$work/a_stdout0" 2>/dev/null)
     [ "$mode" = "$(cat "$expected/mode")" ] || fail "a_stdout0 mode $mode, expected $(cat "$expected/mode")"
