@@ -362,15 +362,23 @@ void Machine::translateLoad(Step& a_step, TOP a_operation)
         a_step.assignOperand(3, binary(ADD, a_step.E(3), constant(a_step.V(2))));
 }
 
+// Field f of the condition register is bits 4f (less than), 4f+1 (greater
+// than) and 4f+2 (equal); the summary-overflow bit is never written.
+void Machine::setConditionField(Step& a_step, long a_field, const ExpHandle& a_less, const ExpHandle& a_greater,
+                                const ExpHandle& a_equal)
+{
+    const char* const* bits = &CR_register[4 * a_field];
+    ExpHandle old_less = a_step.byName(bits[0]);
+    ExpHandle old_greater = a_step.byName(bits[1]);
+    ExpHandle old_equal = a_step.byName(bits[2]);
+    a_step.assign(bits[0], a_less, old_less);
+    a_step.assign(bits[1], a_greater, old_greater);
+    a_step.assign(bits[2], a_equal, old_equal);
+}
+
 void Machine::translateSignedCompare(Step& a_step)
 {
     long field = a_step.V(1);
-    const char* less_bit = CR_register[4 * field];
-    const char* greater_bit = CR_register[4 * field + 1];
-    const char* equal_bit = CR_register[4 * field + 2];
-    ExpHandle less = a_step.byName(less_bit);
-    ExpHandle greater = a_step.byName(greater_bit);
-    ExpHandle equal = a_step.byName(equal_bit);
     ExpHandle left = a_step.E(2);
     ExpHandle right = a_step.E(3);
     if (field == 5) {
@@ -378,28 +386,18 @@ void Machine::translateSignedCompare(Step& a_step)
         left->print(true, TARGET, true);
     }
     ExpHandle equality = binary(EQ, left, right);
-    a_step.assign(less_bit, binary(LT, left, right), less);
-    a_step.assign(greater_bit, binary(GT, left, right), greater);
-    a_step.assign(equal_bit, equality, equal);
+    setConditionField(a_step, field, binary(LT, left, right), binary(GT, left, right), equality);
 }
 
 void Machine::translateUnsignedCompare(Step& a_step)
 {
-    long field = a_step.V(1);
-    const char* less_bit = CR_register[4 * field];
-    const char* greater_bit = CR_register[4 * field + 1];
-    const char* equal_bit = CR_register[4 * field + 2];
-    ExpHandle less = a_step.byName(less_bit);
-    ExpHandle greater = a_step.byName(greater_bit);
-    ExpHandle equal = a_step.byName(equal_bit);
     ExpHandle left = a_step.E(2);
     ExpHandle right = a_step.E(3);
     // A value that is negative as a signed number is above every immediate.
     ExpHandle negative = binary(GE, constant(-1), left);
     ExpHandle positive = binary(GE, left, constant(0));
-    a_step.assign(less_bit, binary(AND, positive, binary(LT, left, right)), less);
-    a_step.assign(greater_bit, binary(OR, negative, binary(GT, left, right)), greater);
-    a_step.assign(equal_bit, binary(EQ, left, right), equal);
+    setConditionField(a_step, a_step.V(1), binary(AND, positive, binary(LT, left, right)),
+                      binary(OR, negative, binary(GT, left, right)), binary(EQ, left, right));
 }
 
 void Machine::translateCopyConditionRegister(Step& a_step)

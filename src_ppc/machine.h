@@ -80,6 +80,8 @@ private:
     TN* cellOfBase(Step& a_step, const ExpHandle& a_base);
     void translateStore(Step& a_step, bool a_update);
     void translateLoad(Step& a_step, TOP a_operation);
+    void setConditionField(Step& a_step, long a_field, const ExpHandle& a_less, const ExpHandle& a_greater,
+                           const ExpHandle& a_equal);
     void translateSignedCompare(Step& a_step);
     void translateUnsignedCompare(Step& a_step);
     void translateCopyConditionRegister(Step& a_step);
