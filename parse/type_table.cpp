@@ -137,7 +137,7 @@ void typeSymbol::setRenamedType(const char* a_renamed_type)
     m_renamed_type = copyOf(a_renamed_type);
 }
 
-void typeSymbol::addMember(const char* a_member_name, const char* a_member_type, bool a_pointer)
+memberSymbol* typeSymbol::addMember(const char* a_member_name, const char* a_member_type, bool a_pointer)
 {
     memberSymbol* member = new memberSymbol(a_member_name, a_member_type, a_pointer);
     if (m_last_member)
@@ -145,6 +145,7 @@ void typeSymbol::addMember(const char* a_member_name, const char* a_member_type,
     else
         m_first_member = member;
     m_last_member = member;
+    return member;
 }
 
 typeSymbol* typeSymbol::resolved()

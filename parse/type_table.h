@@ -96,7 +96,9 @@ public:
     bool isStructure() const { return m_c_type == structure_type; }
     bool hasMembers() const { return m_first_member != nullptr; }
 
-    void addMember(const char* a_member_name, const char* a_member_type, bool a_pointer);
+    // Appends a member; the new member is answered so that its offset can
+    // be set where it is known.
+    memberSymbol* addMember(const char* a_member_name, const char* a_member_type, bool a_pointer);
     // -1 when there is no such member.
     int getMemberOffset(const char* a_member_name);
     // Null when there is no such member.
