@@ -10,6 +10,9 @@
 // Ownership: a type owns its members; each table owns every record entered
 // into it (once, however many names it is entered under) until the table
 // dies, so a record stays valid even after its name is entered again.
+//
+// A renaming cycle, or a type that contains itself by value, cannot be
+// expanded: the operations that meet one stop the run naming the type.
 #ifndef VELCOR_PARSE_TYPE_TABLE_H
 #define VELCOR_PARSE_TYPE_TABLE_H
 
@@ -114,7 +117,9 @@ public:
     void declareAllMembers(bool a_local_flag, const char* a_prev_name, bool a_pointer,
                            symbolTable* a_symbol_table);
 
-    // Walk over the byte offsets of all members, depth-first; -1 ends it.
+    // Walk over the byte offsets of all members, depth-first; -1 ends it. A
+    // pointer yields its own offset, a member whose type has members the
+    // offsets inside it moved by its own, any other member 0.
     void initMembersIter();
     int getNextMemberOffset();
 
