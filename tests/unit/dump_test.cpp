@@ -1,0 +1,24 @@
+// The symbol dump file: it must exist, and it names no address.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <string>
+
+#include "dump.h"
+#include "executable_support.h"
+
+TEST(DumpTest, AnEmptyDumpFileOpensAndNamesNothing)
+{
+    const std::string path = ::testing::TempDir() + "velcor_empty_dump";
+    std::ofstream(path).close();
+    Dump dump(path.c_str());
+    EXPECT_EQ(dump.getName("100004a0"), nullptr);
+    EXPECT_EQ(dump.getName(""), nullptr);
+    std::remove(path.c_str());
+}
+
+TEST(DumpTest, AMissingDumpFileStopsTheRun)
+{
+    EXPECT_EQ(stopMessage([] { Dump dump("no/such/dump"); }), "Cannot open dump file no/such/dump\n");
+}
