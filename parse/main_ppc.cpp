@@ -174,7 +174,7 @@ int run(int argc, char** argv)
     banner(35, "* MAPPING DONE.                   *");
 
     banner(35, std::string("* PARSING ASSEMBLY FILE ") + line.listing);
-    startScanner(listing.m_file);
+    startScanner(listing.m_file, line.listing);
     if (yyparse() != 0 || !parse_basic_blocks[0])
         stopRun(std::string("Syntax error in ") + line.listing + " at line " + std::to_string(scannerLine()) +
                 "\n");

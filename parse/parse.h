@@ -59,9 +59,9 @@ TOP get_topcode(const char* a_text);
 // The listing name of an opcode; "UNDEFINED" for any value outside the table.
 const char* topName(int a_opcode);
 
-// Scanner: reads the listing from a_listing, starting a new input at its
-// first line.
-void startScanner(FILE* a_listing);
+// Scanner: reads the listing from a_listing (named a_name in messages),
+// starting a new input at its first line.
+void startScanner(FILE* a_listing, const char* a_name = nullptr);
 int yylex();
 // Number of the line the scanner stands on (1 + newlines consumed).
 int scannerLine();

@@ -1,0 +1,2 @@
+# a directory where the listing should be
+mkdir listing.s
