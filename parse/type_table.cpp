@@ -1,12 +1,11 @@
 #include "type_table.h"
 
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <iostream>
-#include <limits>
 
 #include "dwarf_debug.h"
+#include "memory_name.h"
 #include "misc/stop.h"
 
 namespace {
@@ -37,26 +36,6 @@ typeSymbol* lookup(const char* a_name)
     return type_table && a_name ? type_table->getType(a_name) : nullptr;
 }
 
-// Offsets add with 32-bit wrap-around, as the names print them.
-std::int32_t addOffsets(std::int32_t a_left, std::int32_t a_right)
-{
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a_left) + static_cast<std::uint32_t>(a_right));
-}
-
-// Reads "MEM[n+rest" back; false unless both parts are there.
-bool splitMemoryName(const char* a_name, std::int32_t& a_number, std::string& a_rest)
-{
-    const char* text = a_name + 4;
-    char* end = nullptr;
-    long number = std::strtol(text, &end, 10);
-    if (end == text || *end != '+' || number < std::numeric_limits<std::int32_t>::min() ||
-        number > std::numeric_limits<std::int32_t>::max())
-        return false;
-    a_number = static_cast<std::int32_t>(number);
-    a_rest = end + 1;
-    return !a_rest.empty();
-}
-
 // The memory name of the member at a_offset inside what a_prev_name names:
 // the cell the pointer a_prev_name points to, or, for a structure held by
 // value, the same cell as its container moved by the offset. False when
@@ -64,20 +43,17 @@ bool splitMemoryName(const char* a_name, std::int32_t& a_number, std::string& a_
 bool memberName(const char* a_prev_name, int a_offset, bool a_pointer, std::string& a_name)
 {
     if (a_pointer) {
-        a_name = "MEM[" + std::to_string(a_offset) + "+" + a_prev_name + "]";
+        a_name = memoryCellName(a_offset, a_prev_name);
         return true;
     }
-    if (std::strncmp(a_prev_name, "MEM[", 4) != 0) {
+    if (!isMemoryCellName(a_prev_name)) {
         std::cout << "NOT GOOD in type_table\n";
         return false;
     }
-    std::int32_t number = 0;
-    std::string rest;
-    if (!splitMemoryName(a_prev_name, number, rest)) {
+    if (!shiftedMemoryCellName(a_prev_name, a_offset, a_name)) {
         std::cerr << "ERROR2: Cannot scan " << a_prev_name << '\n';
         return false;
     }
-    a_name = "MEM[" + std::to_string(addOffsets(number, a_offset)) + "+" + rest;
     return true;
 }
 

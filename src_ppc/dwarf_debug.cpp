@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "common.h"
+#include "memory_name.h"
 #include "misc/stop.h"
 #include "parse.h"
 #include "swap.h"
@@ -25,32 +26,6 @@ static_assert(sizeof(Elf32_Ehdr) == EHDR_SIZE, "Elf32_Ehdr is kept as it lies in
 static_assert(sizeof(Elf32_Shdr) == SHDR_SIZE, "Elf32_Shdr is kept as it lies in the file");
 
 char g_no_name[1] = "";
-
-// "MEM[%d+%s]": a cell at a_offset from the address held in a_base.
-std::string memoryName(std::int32_t a_offset, const std::string& a_base)
-{
-    return "MEM[" + std::to_string(a_offset) + "+" + a_base + "]";
-}
-
-// Reads "MEM[n+rest" back; false unless both parts are there.
-bool splitMemoryName(const std::string& a_name, std::int32_t& a_number, std::string& a_rest)
-{
-    const char* text = a_name.c_str() + 4;
-    char* end = nullptr;
-    long number = std::strtol(text, &end, 10);
-    if (end == text || *end != '+' || number < std::numeric_limits<std::int32_t>::min() ||
-        number > std::numeric_limits<std::int32_t>::max())
-        return false;
-    a_number = static_cast<std::int32_t>(number);
-    a_rest = end + 1;
-    return !a_rest.empty();
-}
-
-// Offsets add with 32-bit wrap-around, as the names print them.
-std::int32_t addOffsets(std::int32_t a_left, std::int32_t a_right)
-{
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a_left) + static_cast<std::uint32_t>(a_right));
-}
 
 } // namespace
 
@@ -559,21 +534,15 @@ void dwarf_debug::mapMember(char* a_entry, const char* a_struct_name, const char
     std::string c_name;
     std::string a_name;
     if (a_pointer) {
-        c_name = memoryName(offset, a_var_c_name);
-        a_name = memoryName(offset, a_var_a_name);
+        c_name = memoryCellName(offset, a_var_c_name);
+        a_name = memoryCellName(offset, a_var_a_name);
     } else {
-        std::int32_t c_number = 0;
-        std::int32_t a_number = 0;
-        std::string c_rest;
-        std::string a_rest;
-        if (std::strncmp(a_var_c_name, "MEM[", 4) != 0 || !splitMemoryName(a_var_c_name, c_number, c_rest) ||
-            std::strncmp(a_var_a_name, "MEM[", 4) != 0 || !splitMemoryName(a_var_a_name, a_number, a_rest)) {
+        // A structure held by value flattens into its container's cell.
+        if (!shiftedMemoryCellName(a_var_c_name, offset, c_name) ||
+            !shiftedMemoryCellName(a_var_a_name, offset, a_name)) {
             std::cout << "NOT GOOD in dwarf\n";
             return;
         }
-        // A structure held by value flattens into its container's cell.
-        c_name = "MEM[" + std::to_string(addOffsets(c_number, offset)) + "+" + c_rest;
-        a_name = "MEM[" + std::to_string(addOffsets(a_number, offset)) + "+" + a_rest;
         std::cout << " PREV C NAME=" << a_var_c_name << " +offset " << offset << ", we get " << c_name << '\n';
     }
 

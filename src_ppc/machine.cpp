@@ -7,6 +7,7 @@
 #include <string>
 
 #include "common.h"
+#include "memory_name.h"
 
 const char* const CR_register[32] = {"cr00", "cr01", "cr02", "cr03", "cr04", "cr05", "cr06", "cr07",
                                      "cr08", "cr09", "cr10", "cr11", "cr12", "cr13", "cr14", "cr15",
@@ -113,7 +114,7 @@ TN* Machine::memoryVar(const TN* a_tn)
         std::cout << "**Added oldSp since " << displacement << '\n';
         return m_parse_symbol_table->addTN(new TN(TN_SYMBOL, OLD_STACK_POINTER));
     }
-    std::string name = "MEM[" + std::to_string(displacement) + "]";
+    std::string name = memoryCellName(displacement);
     return m_parse_symbol_table->addTN(new TN(TN_SYMBOL, name.c_str()));
 }
 
@@ -129,7 +130,7 @@ TN* Machine::memoryVar(const TN* a_tn, const char* a_base_name)
         std::cout << "**Added oldSp since " << displacement << '\n';
         return m_parse_symbol_table->addTN(new TN(TN_SYMBOL, OLD_STACK_POINTER));
     }
-    std::string name = "MEM[" + std::to_string(displacement) + "+" + a_base_name + "]";
+    std::string name = memoryCellName(displacement, a_base_name);
     return m_parse_symbol_table->addTN(new TN(TN_SYMBOL, name.c_str()));
 }
 

@@ -1,0 +1,39 @@
+#include "memory_name.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+std::string memoryCellName(long a_offset)
+{
+    return "MEM[" + std::to_string(a_offset) + "]";
+}
+
+std::string memoryCellName(long a_offset, const std::string& a_base)
+{
+    return "MEM[" + std::to_string(a_offset) + "+" + a_base + "]";
+}
+
+bool isMemoryCellName(const char* a_name)
+{
+    return std::strncmp(a_name, "MEM[", 4) == 0;
+}
+
+bool shiftedMemoryCellName(const char* a_name, std::int32_t a_offset, std::string& a_result)
+{
+    if (!isMemoryCellName(a_name))
+        return false;
+    const char* text = a_name + 4;
+    char* end = nullptr;
+    long number = std::strtol(text, &end, 10);
+    if (end == text || *end != '+' || end[1] == '\0' || number < std::numeric_limits<std::int32_t>::min() ||
+        number > std::numeric_limits<std::int32_t>::max())
+        return false;
+    a_result = "MEM[" + std::to_string(addOffsets(static_cast<std::int32_t>(number), a_offset)) + "+" + (end + 1);
+    return true;
+}
+
+std::int32_t addOffsets(std::int32_t a_left, std::int32_t a_right)
+{
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a_left) + static_cast<std::uint32_t>(a_right));
+}

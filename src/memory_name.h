@@ -1,0 +1,25 @@
+// Names of symbolic memory cells, the one naming scheme that the translator,
+// the source mapping and the type tables share: "MEM[k]" for an absolute
+// address, "MEM[k+B]" for the cell at offset k from the address that B
+// holds. A structure held by value inside cell "MEM[n+R]" has its member at
+// offset k in cell "MEM[n+k+R": nested structures flatten into one offset.
+#ifndef VELCOR_SRC_MEMORY_NAME_H
+#define VELCOR_SRC_MEMORY_NAME_H
+
+#include <cstdint>
+#include <string>
+
+std::string memoryCellName(long a_offset);
+std::string memoryCellName(long a_offset, const std::string& a_base);
+
+// Whether a_name begins with "MEM[".
+bool isMemoryCellName(const char* a_name);
+
+// The cell a_offset bytes further into the cell a_name ("MEM[n+R" becomes
+// "MEM[n+offset+R"); false when a_name is not of that form.
+bool shiftedMemoryCellName(const char* a_name, std::int32_t a_offset, std::string& a_result);
+
+// Offsets add with 32-bit wrap-around, as the names print them.
+std::int32_t addOffsets(std::int32_t a_left, std::int32_t a_right);
+
+#endif
