@@ -24,26 +24,30 @@ void BasicBlock::setLabel(const char* a_label)
     m_label = a_label ? a_label : "";
 }
 
-void BasicBlock::addPred(unsigned a_block)
+namespace {
+
+// Appends a block number to a neighbour list; 0 empties the list.
+void addNeighbour(unsigned* a_list, unsigned& a_count, unsigned a_block, const char* a_capacity)
 {
     if (a_block == 0) {
-        m_num_preds = 0;
+        a_count = 0;
         return;
     }
-    if (m_num_preds >= MAX_NEIGHBOURS)
-        stopCapacity("more than 100 predecessors (m_num_preds <= (100))");
-    m_preds[m_num_preds++] = a_block;
+    if (a_count >= BasicBlock::MAX_NEIGHBOURS)
+        stopCapacity(a_capacity);
+    a_list[a_count++] = a_block;
+}
+
+} // namespace
+
+void BasicBlock::addPred(unsigned a_block)
+{
+    addNeighbour(m_preds, m_num_preds, a_block, "more than 100 predecessors (m_num_preds <= (100))");
 }
 
 void BasicBlock::addSucc(unsigned a_block)
 {
-    if (a_block == 0) {
-        m_num_succs = 0;
-        return;
-    }
-    if (m_num_succs >= MAX_NEIGHBOURS)
-        stopCapacity("more than 100 successors (m_num_succs <= (100))");
-    m_succs[m_num_succs++] = a_block;
+    addNeighbour(m_succs, m_num_succs, a_block, "more than 100 successors (m_num_succs <= (100))");
 }
 
 void BasicBlock::produceInvarients(Symbols* a_parse_symbol_table)
