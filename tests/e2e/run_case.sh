@@ -8,13 +8,18 @@
 #   *.s, other inputs  copied into a fresh working directory
 #   *.dwarf            executable descriptions, built with the test-executable
 #                      builder into the file of the same name without .dwarf
-#   setup.sh           run in the working directory before velcor
+#   setup.sh           run in the working directory before velcor, with
+#                      MKDWARF naming the builder (for generated descriptions)
 #   expected/status    exit status (0 when absent)
 #   expected/a_stdout0 the whole output file; expected/no_a_stdout0 when the
 #                      run must not create it
 #   expected/stdout, expected/stderr   compared whole when present
-#   expected/stdout_has, expected/stderr_has   lines that must appear, in order
+#   expected/stdout_has, expected/stderr_has, expected/a_stdout0_has
+#                      lines that must appear, in order
 #   expected/mode      permission bits of a_stdout0 (the run uses umask 0)
+#   expected/check.sh  run in the working directory after velcor, for what a
+#                      generated case can only describe (sizes, counts, long
+#                      lines); it prints what is wrong and fails
 set -u
 velcor=$1
 case_dir=$2
@@ -35,7 +40,7 @@ for description in "$work"/*.dwarf; do
 done
 
 if [ -f "$case_dir/setup.sh" ]; then
-    (cd "$work" && sh "$case_dir/setup.sh") || { echo "setup failed"; exit 1; }
+    (cd "$work" && MKDWARF=$builder sh "$case_dir/setup.sh") || { echo "setup failed"; exit 1; }
 fi
 
 args=()
@@ -77,9 +82,13 @@ contains_in_order() { # expected-lines actual-file label
 [ -f "$expected/stderr" ] && compare "$expected/stderr" "$work/stderr.actual" stderr
 [ -f "$expected/stdout_has" ] && contains_in_order "$expected/stdout_has" "$work/stdout.actual" stdout
 [ -f "$expected/stderr_has" ] && contains_in_order "$expected/stderr_has" "$work/stderr.actual" stderr
+[ -f "$expected/a_stdout0_has" ] && contains_in_order "$expected/a_stdout0_has" "$work/a_stdout0" a_stdout0
 [ -f "$expected/mode" ] && {
     mode=$(stat -c %a "$work/a_stdout0" 2>/dev/null)
     [ "$mode" = "$(cat "$expected/mode")" ] || fail "a_stdout0 mode $mode, expected $(cat "$expected/mode")"
+}
+[ -f "$expected/check.sh" ] && {
+    (cd "$work" && sh "$expected/check.sh") || fail "check.sh"
 }
 if [ "$failed" != 0 ]; then
     echo "--- stderr of the run:"; head -n 20 "$work/stderr.actual"
