@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "common.h"
+#include "expression.h"
 #include "main_ppc.h"
 #include "misc/stop.h"
 
@@ -29,6 +30,9 @@ namespace fuzz {
 
 constexpr std::size_t OUTPUT_CAP = std::size_t(4) << 20;
 constexpr std::size_t RUN_STACK_BYTES = std::size_t(512) << 20;
+// Expression nodes alive at once: the sanitizers make each node several
+// times larger, and the fuzzer's memory limit is two gigabytes.
+constexpr std::size_t NODE_LIMIT = 3000000;
 
 // Counts what is written and keeps none of it.
 class DroppingBuffer : public std::streambuf {
@@ -91,9 +95,17 @@ public:
     Runner() : m_output(&m_output_buffer)
     {
         m_output.exceptions(std::ios::badbit);
-        std::cout.rdbuf(&m_dropped);
-        std::cerr.rdbuf(&m_dropped);
+        Expression::setNodeLimit(NODE_LIMIT);
+        m_cout = std::cout.rdbuf(&m_dropped);
+        m_cerr = std::cerr.rdbuf(&m_dropped);
     }
+    ~Runner()
+    {
+        std::cout.rdbuf(m_cout);
+        std::cerr.rdbuf(m_cerr);
+    }
+    Runner(const Runner&) = delete;
+    Runner& operator=(const Runner&) = delete;
 
     // One run of the driver on the command line a_arguments (the program
     // name first); returns its exit status, which must be 0 or 1.
@@ -137,6 +149,8 @@ private:
     }
 
     DroppingBuffer m_dropped;
+    std::streambuf* m_cout = nullptr;
+    std::streambuf* m_cerr = nullptr;
     DroppingBuffer m_output_buffer{OUTPUT_CAP};
     std::ostream m_output;
     std::vector<std::string> m_arguments;

@@ -6,12 +6,102 @@
 #include <climits>
 #include <cstring>
 #include <iostream>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
 #include "misc/stop.h"
 
 int Expression::last = 0;
+std::size_t Expression::NodeCount::s_live = 0;
+std::size_t Expression::NodeCount::s_limit = 20000000;
+
+void Expression::NodeCount::add()
+{
+    if (s_live >= s_limit)
+        stopCapacity("more than " + std::to_string(s_limit) + " expression nodes");
+    ++s_live;
+}
+
+namespace {
+
+// The nodes that copyExp makes for a_exp (itself always, then every part
+// that is not shared), counted up to a_cap. A part met again along another
+// path is copied again, and counted again, from its remembered count.
+class CopySize {
+public:
+    explicit CopySize(std::size_t a_cap) : m_cap(a_cap) {}
+
+    std::size_t ofCopy(Expression* a_exp)
+    {
+        int parts = 0;
+        switch (a_exp->m_type) {
+        case UNARY_EXP:
+            parts = 1;
+            break;
+        case BINARY_EXP:
+            parts = 2;
+            break;
+        case TRINARY_EXP:
+            parts = 3;
+            break;
+        case BIT_ARRAY_EXP:
+            parts = REGISTER_SIZE_IN_BITS;
+            break;
+        default:
+            break;
+        }
+        std::size_t total = 1;
+        for (int i = 0; i < parts && total <= m_cap; ++i)
+            total = add(total, ofPart(part(a_exp, i)));
+        return total;
+    }
+
+private:
+    static ExpHandle part(Expression* a_exp, int a_index)
+    {
+        switch (a_exp->m_type) {
+        case UNARY_EXP:
+            return a_exp->operand(1);
+        case BINARY_EXP:
+            return a_index == 0 ? a_exp->leftValue() : a_exp->rightValue();
+        case TRINARY_EXP:
+            return a_exp->operand(a_index + 1);
+        default:
+            return a_exp->operand(a_index);
+        }
+    }
+
+    std::size_t ofPart(const ExpHandle& a_part)
+    {
+        if (a_part->shareable())
+            return 0;
+        auto known = m_known.find(a_part.data());
+        if (known != m_known.end())
+            return known->second;
+        std::size_t size = ofCopy(a_part.data());
+        m_known[a_part.data()] = size;
+        return size;
+    }
+
+    std::size_t add(std::size_t a_left, std::size_t a_right) const
+    {
+        return a_right > m_cap - a_left ? m_cap + 1 : a_left + a_right;
+    }
+
+    std::size_t m_cap;
+    std::unordered_map<const Expression*, std::size_t> m_known;
+};
+
+} // namespace
+
+ExpHandle Expression::copyOf(const ExpHandle& a_exp)
+{
+    std::size_t room = NodeCount::s_limit > NodeCount::s_live ? NodeCount::s_limit - NodeCount::s_live : 0;
+    if (CopySize(room).ofCopy(a_exp.data()) > room)
+        stopCapacity("more than " + std::to_string(NodeCount::s_limit) + " expression nodes");
+    return a_exp->copyExp(a_exp);
+}
 
 namespace {
 

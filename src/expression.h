@@ -99,6 +99,18 @@ public:
     // Restarts the fresh-name numbering (a new run in the same process).
     static void resetFresh() { last = 0; }
 
+    // At most this many nodes live at once (by default 20,000,000, about
+    // two gigabytes): a listing whose values grow past that ends the run as
+    // an exhausted capacity instead of exhausting the memory. Embeddings
+    // with less memory to spare may lower it.
+    static void setNodeLimit(std::size_t a_limit) { NodeCount::s_limit = a_limit; }
+    static std::size_t liveNodes() { return NodeCount::s_live; }
+
+    // a_exp->copyExp(a_exp), or the stop for the node limit before any of
+    // the copy is made when the copy would not fit: shared parts that a copy
+    // must make anew for every path to them can be exponentially many.
+    static ExpHandle copyOf(const ExpHandle& a_exp);
+
     // A fingerprint of the node's structure: structurally equal nodes have
     // equal fingerprints, so different fingerprints prove inequality without
     // walking the trees.
@@ -111,6 +123,25 @@ public:
     // it unchanged. Sharing such subtrees keeps copies of shared trees linear.
     bool shareable() const { return m_shareable; }
 
+private:
+    // Counts the nodes alive, copies included, and refuses one past the
+    // limit. Declared first, so that a refused node has built nothing.
+    class NodeCount {
+    public:
+        NodeCount() { add(); }
+        NodeCount(const NodeCount&) { add(); }
+        NodeCount& operator=(const NodeCount&) { return *this; }
+        ~NodeCount() { --s_live; }
+
+        static std::size_t s_live;
+        static std::size_t s_limit;
+
+    private:
+        static void add();
+    };
+    NodeCount m_count;
+
+public:
     expression_type_t m_type;
     operator_t m_operator = NOOP;
     bool mark = false;

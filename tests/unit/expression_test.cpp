@@ -618,3 +618,40 @@ TEST(SharedSubtreeTest, AnOperandThatBecomesAConstantChangesTheValue)
     EXPECT_FALSE(once->isConst());
     EXPECT_EQ(once->constValue(), 0);
 }
+
+TEST(SharedSubtreeTest, TheNodeLimitStopsTheRunBeforeTheMemoryRunsOut)
+{
+    RunFixture run(CVC);
+    // Restores the default limit at the end of the test, whatever happens.
+    struct Limit {
+        explicit Limit(std::size_t a_limit) { Expression::setNodeLimit(a_limit); }
+        ~Limit() { Expression::setNodeLimit(20000000); }
+    } limit(Expression::liveNodes() + 1000);
+
+    std::string message;
+    try {
+        std::vector<ExpHandle> nodes;
+        for (int i = 0; i < 2000; ++i)
+            nodes.push_back(num(i));
+    } catch (const OrderlyStop& stop) {
+        message = stop.message();
+    }
+    EXPECT_EQ(message, "Capacity exhausted: more than " + std::to_string(Expression::liveNodes() + 1000) +
+                           " expression nodes\n");
+
+    // A copy is refused whole, before any of it is made: the doubled bit
+    // array has 2^200 paths to it, each of which a copy makes anew.
+    ExpHandle value = tri(IF, var("c"), doublingChain(new BitArrayExp(bitsOf(32, 1))), num(0));
+    std::size_t before = Expression::liveNodes();
+    message.clear();
+    try {
+        Expression::copyOf(value);
+    } catch (const OrderlyStop& stop) {
+        message = stop.message();
+    }
+    EXPECT_NE(message, "");
+    EXPECT_EQ(Expression::liveNodes(), before);
+    // A small one is made.
+    ExpHandle small = tri(IF, var("c"), bin(ADD, new BitArrayExp(bitsOf(32, 1)), num(1)), num(0));
+    EXPECT_TRUE(Expression::copyOf(small) != small);
+}

@@ -136,3 +136,19 @@ TEST_F(RotateAndMaskTest, ConditionalOverASharedChain)
     EXPECT_EQ(value->operand(2).data(), plus_one.data());
     EXPECT_EQ(value->operand(3).data(), chain.data());
 }
+
+TEST_F(RotateAndMaskTest, SignBitOfAndcOverSharedConditionals)
+{
+    // Conditionals whose two branches are one conditional, 200 deep: 2^200
+    // paths to the bottom one.
+    ExpHandle shared = ifExp(m_x, m_sum);
+    ExpHandle expected = ifExp(bit(new BinaryExp(ANDC, m_x, m_d), 0), bit(new BinaryExp(ANDC, m_sum, m_d), 0));
+    for (int i = 0; i < 200; ++i) {
+        ExpHandle condition = var("c" + std::to_string(i));
+        shared = new TrinaryExp(IF, condition, shared, shared);
+        expected = new TrinaryExp(IF, condition, expected, expected);
+    }
+    ExpHandle andc = new BinaryExp(ANDC, shared, m_d);
+    ExpHandle sign = rotateAndMask(0, 0, 0, andc);
+    EXPECT_TRUE(sign == expected);
+}
