@@ -229,7 +229,9 @@ int runVelcor(int argc, char** argv)
         status = run(argc, argv);
     } catch (const OrderlyStop& stop) {
         std::cout.flush();
-        if (outFileIsOpen())
+        // A stream that failed (an embedding's stream may stop the run
+        // itself by failing) has nothing to flush, and may throw if asked.
+        if (outFileIsOpen() && getOutFile()->good())
             getOutFile()->flush();
         std::cerr << stop.message();
         std::cerr.flush();

@@ -38,12 +38,37 @@ TN::TN(TN_t a_kind, const char* a_name, long a_value)
 {
 }
 
+std::uint64_t TN::s_const_generation = 1;
+
+TN& TN::operator=(const TN& a_other)
+{
+    bool was_const = isConst();
+    long old_value = m_value;
+    m_temporary_name = a_other.m_temporary_name;
+    m_value = a_other.m_value;
+    m_type = a_other.m_type;
+    m_isAddress = a_other.m_isAddress;
+    m_name = a_other.m_name;
+    m_pointer_to_array = a_other.m_pointer_to_array;
+    noteConstChange(was_const, old_value);
+    return *this;
+}
+
 void TN::update(const TN* a_other)
 {
+    bool was_const = isConst();
+    long old_value = m_value;
     m_name = a_other->m_name;
     m_value = a_other->m_value;
     m_type = a_other->m_type;
     m_temporary_name = a_other->m_temporary_name;
+    noteConstChange(was_const, old_value);
+}
+
+void TN::noteConstChange(bool a_was_const, long a_old_value)
+{
+    if (a_was_const != isConst() || (a_was_const && a_old_value != m_value))
+        ++s_const_generation;
 }
 
 std::string TN::correctNameForIcs(const char* a_name)

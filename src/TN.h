@@ -4,6 +4,7 @@
 #ifndef VELCOR_SRC_TN_H
 #define VELCOR_SRC_TN_H
 
+#include <cstdint>
 #include <string>
 
 enum TN_t {
@@ -31,6 +32,10 @@ public:
     TN(TN_t a_kind, const char* a_name);
     TN(TN_t a_kind, const char* a_temporary_name, const char* a_name);
     TN(TN_t a_kind, const char* a_name, long a_value);
+    TN(const TN&) = default;
+    // Setting an operand afresh (a name registered again) may change its
+    // kind and value, and with them what expressions over it compute.
+    TN& operator=(const TN& a_other);
 
     const char* TNName() const { return m_name.c_str(); }
     const char* TNTemporaryName() const { return m_temporary_name.c_str(); }
@@ -58,12 +63,21 @@ public:
     // underscores for ICS and TLV.
     static std::string correctNameForIcs(const char* a_name);
 
+    // Changes whenever some operand stops or starts being a constant, or a
+    // constant operand changes its value: expressions keep what they
+    // computed from their operands only while this number stays the same.
+    static std::uint64_t constGeneration() { return s_const_generation; }
+
     // Writes the operand to the output file: constants as their value,
     // logical variables by their bare name, others with "P" when primed and
     // "s" on the source side.
     void print(bool a_prime, bool a_source) const;
 
 private:
+    void noteConstChange(bool a_was_const, long a_old_value);
+
+    static std::uint64_t s_const_generation;
+
     std::string m_temporary_name;
     long m_value = 0;
     TN_t m_type;

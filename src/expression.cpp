@@ -6,10 +6,102 @@
 #include <climits>
 #include <cstring>
 #include <iostream>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
 
 #include "misc/stop.h"
 
 int Expression::last = 0;
+std::size_t Expression::NodeCount::s_live = 0;
+std::size_t Expression::NodeCount::s_limit = 20000000;
+
+void Expression::NodeCount::add()
+{
+    if (s_live >= s_limit)
+        stopCapacity("more than " + std::to_string(s_limit) + " expression nodes");
+    ++s_live;
+}
+
+namespace {
+
+// The nodes that copyExp makes for a_exp (itself always, then every part
+// that is not shared), counted up to a_cap. A part met again along another
+// path is copied again, and counted again, from its remembered count.
+class CopySize {
+public:
+    explicit CopySize(std::size_t a_cap) : m_cap(a_cap) {}
+
+    std::size_t ofCopy(Expression* a_exp)
+    {
+        int parts = 0;
+        switch (a_exp->m_type) {
+        case UNARY_EXP:
+            parts = 1;
+            break;
+        case BINARY_EXP:
+            parts = 2;
+            break;
+        case TRINARY_EXP:
+            parts = 3;
+            break;
+        case BIT_ARRAY_EXP:
+            parts = REGISTER_SIZE_IN_BITS;
+            break;
+        default:
+            break;
+        }
+        std::size_t total = 1;
+        for (int i = 0; i < parts && total <= m_cap; ++i)
+            total = add(total, ofPart(part(a_exp, i)));
+        return total;
+    }
+
+private:
+    static ExpHandle part(Expression* a_exp, int a_index)
+    {
+        switch (a_exp->m_type) {
+        case UNARY_EXP:
+            return a_exp->operand(1);
+        case BINARY_EXP:
+            return a_index == 0 ? a_exp->leftValue() : a_exp->rightValue();
+        case TRINARY_EXP:
+            return a_exp->operand(a_index + 1);
+        default:
+            return a_exp->operand(a_index);
+        }
+    }
+
+    std::size_t ofPart(const ExpHandle& a_part)
+    {
+        if (a_part->shareable())
+            return 0;
+        auto known = m_known.find(a_part.data());
+        if (known != m_known.end())
+            return known->second;
+        std::size_t size = ofCopy(a_part.data());
+        m_known[a_part.data()] = size;
+        return size;
+    }
+
+    std::size_t add(std::size_t a_left, std::size_t a_right) const
+    {
+        return a_right > m_cap - a_left ? m_cap + 1 : a_left + a_right;
+    }
+
+    std::size_t m_cap;
+    std::unordered_map<const Expression*, std::size_t> m_known;
+};
+
+} // namespace
+
+ExpHandle Expression::copyOf(const ExpHandle& a_exp)
+{
+    std::size_t room = NodeCount::s_limit > NodeCount::s_live ? NodeCount::s_limit - NodeCount::s_live : 0;
+    if (CopySize(room).ofCopy(a_exp.data()) > room)
+        stopCapacity("more than " + std::to_string(NodeCount::s_limit) + " expression nodes");
+    return a_exp->copyExp(a_exp);
+}
 
 namespace {
 
@@ -75,41 +167,132 @@ ExpHandle cutNestedIf(const ExpHandle& a_condition, const ExpHandle& a_branch, i
 
 } // namespace
 
+namespace {
+
+// Memos of the walks below are consulted only after this many nodes: small
+// comparisons, the usual ones, cost nothing extra.
+constexpr std::size_t MEMO_AFTER = 64;
+
+struct PairHash {
+    std::size_t operator()(const std::pair<const Expression*, const Expression*>& a_pair) const
+    {
+        return std::hash<const void*>()(a_pair.first) * 31u + std::hash<const void*>()(a_pair.second);
+    }
+};
+
+// One structural comparison. Shared subtrees are compared once: a pair of
+// nodes found equal is remembered, and any inequality ends the whole walk,
+// so a DAG costs what its distinct node pairs cost, not its unfolded size.
+class EqualityWalk {
+public:
+    bool equal(Expression* a_left, Expression* a_right)
+    {
+        if (!a_left || !a_right)
+            return a_left == a_right;
+        if (a_left->m_type != a_right->m_type)
+            return false;
+        if (a_left == a_right)
+            return true;
+        if (a_left->shape() != a_right->shape())
+            return false;
+        switch (a_left->m_type) {
+        case VAR_EXP: {
+            TN* left_tn = a_left->TNValue();
+            TN* right_tn = a_right->TNValue();
+            if (left_tn && right_tn && left_tn->TNName()[0] != '\0')
+                return std::strcmp(left_tn->TNName(), right_tn->TNName()) == 0;
+            if (a_right->getName()[0] == '\0')
+                return false;
+            return std::strcmp(a_left->getName(), a_right->getName()) == 0;
+        }
+        case CONST_EXP:
+            return a_left->constValue() == a_right->constValue();
+        case UNARY_EXP:
+        case BINARY_EXP:
+        case TRINARY_EXP:
+            break;
+        default:
+            return false;
+        }
+        if (a_left->m_operator != a_right->m_operator)
+            return false;
+        std::pair<const Expression*, const Expression*> pair(a_left, a_right);
+        if (++m_visits > MEMO_AFTER && m_equal.count(pair))
+            return true;
+        bool same = false;
+        if (a_left->m_type == UNARY_EXP) {
+            same = equal(a_left->operand(1), a_right->operand(1));
+        } else if (a_left->m_type == BINARY_EXP) {
+            same = equal(a_left->leftValue(), a_right->leftValue()) && equal(a_left->rightValue(), a_right->rightValue());
+        } else {
+            same = equal(a_left->operand(1), a_right->operand(1)) && equal(a_left->operand(2), a_right->operand(2)) &&
+                   equal(a_left->operand(3), a_right->operand(3));
+        }
+        if (same && m_visits > MEMO_AFTER)
+            m_equal.insert(pair);
+        return same;
+    }
+
+private:
+    bool equal(const ExpHandle& a_left, const ExpHandle& a_right) { return equal(a_left.data(), a_right.data()); }
+
+    std::size_t m_visits = 0;
+    std::unordered_set<std::pair<const Expression*, const Expression*>, PairHash> m_equal;
+};
+
+// Whether the subtree mentions the variable a_name. Subtrees found not to
+// are remembered, so shared subtrees are walked once.
+class DependenceWalk {
+public:
+    explicit DependenceWalk(const char* a_name) : m_name(a_name) {}
+
+    bool depends(Expression* a_exp)
+    {
+        switch (a_exp->m_type) {
+        case VAR_EXP:
+            return std::strcmp(m_name, a_exp->getName()) == 0;
+        case CONST_EXP:
+        case LABEL_EXP:
+            return false;
+        default:
+            break;
+        }
+        if (++m_visits > MEMO_AFTER && m_independent.count(a_exp))
+            return false;
+        bool found = false;
+        if (a_exp->m_type == UNARY_EXP) {
+            found = depends(a_exp->operand(1));
+        } else if (a_exp->m_type == BINARY_EXP) {
+            found = depends(a_exp->leftValue()) || depends(a_exp->rightValue());
+        } else if (a_exp->m_type == TRINARY_EXP) {
+            found = depends(a_exp->operand(1)) || depends(a_exp->operand(2)) || depends(a_exp->operand(3));
+        } else {
+            for (int i = 0; i < REGISTER_SIZE_IN_BITS && !found; ++i)
+                found = depends(a_exp->operand(i));
+        }
+        if (!found && m_visits > MEMO_AFTER)
+            m_independent.insert(a_exp);
+        return found;
+    }
+
+private:
+    bool depends(const ExpHandle& a_exp) { return depends(a_exp.data()); }
+
+    const char* m_name;
+    std::size_t m_visits = 0;
+    std::unordered_set<const Expression*> m_independent;
+};
+
+bool isComparison(operator_t a_operator)
+{
+    return a_operator == GT || a_operator == LT || a_operator == GE;
+}
+
+} // namespace
+
 bool operator==(const ExpHandle& a_left, const ExpHandle& a_right)
 {
-    Expression* left = a_left.data();
-    Expression* right = a_right.data();
-    if (!left || !right)
-        return left == right;
-    if (left->m_type != right->m_type)
-        return false;
-    if (left == right)
-        return true;
-    if (left->shape() != right->shape())
-        return false;
-    switch (left->m_type) {
-    case VAR_EXP: {
-        TN* left_tn = left->TNValue();
-        TN* right_tn = right->TNValue();
-        if (left_tn && right_tn && left_tn->TNName()[0] != '\0')
-            return std::strcmp(left_tn->TNName(), right_tn->TNName()) == 0;
-        if (right->getName()[0] == '\0')
-            return false;
-        return std::strcmp(left->getName(), right->getName()) == 0;
-    }
-    case CONST_EXP:
-        return left->constValue() == right->constValue();
-    case UNARY_EXP:
-        return left->m_operator == right->m_operator && left->operand(1) == right->operand(1);
-    case BINARY_EXP:
-        return left->m_operator == right->m_operator && left->leftValue() == right->leftValue() &&
-               left->rightValue() == right->rightValue();
-    case TRINARY_EXP:
-        return left->m_operator == right->m_operator && left->operand(1) == right->operand(1) &&
-               left->operand(2) == right->operand(2) && left->operand(3) == right->operand(3);
-    default:
-        return false;
-    }
+    return EqualityWalk().equal(a_left.data(), a_right.data());
 }
 
 // ---------------------------------------------------------------- Expression
@@ -128,6 +311,11 @@ std::string Expression::getFresh()
         stopCapacity("more than 10000 fresh names (last <= 10000)");
     ++last;
     return "FRESH" + std::to_string(last);
+}
+
+ExpHandle Expression::shareOrCopy(const ExpHandle& a_exp)
+{
+    return a_exp->shareable() ? a_exp : a_exp->copyExp(a_exp);
 }
 
 ExpHandle Expression::ifSimplify(const char*, const ExpHandle&, const ExpHandle& a_self)
@@ -190,6 +378,7 @@ bool Expression::isConst()
 ConstExp::ConstExp(int a_value) : Expression(CONST_EXP), m_value(a_value)
 {
     setShape(bits(a_value));
+    m_shareable = true;
 }
 
 ExpHandle ConstExp::copyExp(const ExpHandle& a_exp)
@@ -231,11 +420,13 @@ ExpHandle LabelExp::substituteExp(const char*, const ExpHandle&, const ExpHandle
 VarExp::VarExp(TN* a_value) : Expression(VAR_EXP), m_value(a_value)
 {
     setShape(textShape(getName()));
+    m_shareable = true;
 }
 
 VarExp::VarExp(const char* a_name) : Expression(VAR_EXP), m_value(nullptr), m_name(a_name)
 {
     setShape(textShape(getName()));
+    m_shareable = true;
 }
 
 ExpHandle VarExp::copyExp(const ExpHandle& a_exp)
@@ -278,6 +469,7 @@ UnaryExp::UnaryExp(operator_t a_operator, const ExpHandle& a_value) : Expression
     } else {
         m_operator = a_operator;
         m_operand = a_value;
+        m_shareable = m_operand->shareable();
     }
     setShape(m_operand->shape());
 }
@@ -285,7 +477,18 @@ UnaryExp::UnaryExp(operator_t a_operator, const ExpHandle& a_value) : Expression
 ExpHandle UnaryExp::copyExp(const ExpHandle& a_exp)
 {
     VELCOR_ASSERT(a_exp.data()==this);
-    return new UnaryExp(m_operator, m_operand->copyExp(m_operand));
+    return new UnaryExp(m_operator, shareOrCopy(m_operand));
+}
+
+bool UnaryExp::dependsOnVar(const char* a_name)
+{
+    return DependenceWalk(a_name).depends(this);
+}
+
+bool UnaryExp::isConst()
+{
+    evaluateConst();
+    return m_const;
 }
 
 ExpHandle UnaryExp::substituteExp(const char* a_name, const ExpHandle& a_exp, const ExpHandle& self)
@@ -297,19 +500,34 @@ ExpHandle UnaryExp::substituteExp(const char* a_name, const ExpHandle& a_exp, co
 int UnaryExp::constValue()
 {
     VELCOR_ASSERT(m_type==UNARY_EXP);
-    if (!m_operand->isConst())
-        return 0;
-    int value = m_operand->constValue();
-    switch (m_operator) {
-    case NEG:
-        return wrap(0u - bits(value));
-    case NOT:
-        return value == 0 ? 1 : 0;
-    case CNTLZW:
-        return countLeadingZeros(bits(value));
-    default:
-        return value;
+    evaluateConst();
+    return m_const_value;
+}
+
+void UnaryExp::evaluateConst()
+{
+    if (m_const_generation == TN::constGeneration())
+        return;
+    m_const = m_operand->isConst();
+    m_const_value = 0;
+    if (m_const) {
+        int value = m_operand->constValue();
+        switch (m_operator) {
+        case NEG:
+            m_const_value = wrap(0u - bits(value));
+            break;
+        case NOT:
+            m_const_value = value == 0 ? 1 : 0;
+            break;
+        case CNTLZW:
+            m_const_value = countLeadingZeros(bits(value));
+            break;
+        default:
+            m_const_value = value;
+            break;
+        }
     }
+    m_const_generation = TN::constGeneration();
 }
 
 // ----------------------------------------------------------------- BinaryExp
@@ -324,12 +542,16 @@ BinaryExp::BinaryExp(operator_t a_operator, const ExpHandle& a_left, const ExpHa
         m_operator = a_left->m_operator;
         l_operand = a_left->leftValue();
         r_operand = a_left->rightValue();
+        // The fields are a_left's: rebuilding them gives them back when
+        // rebuilding a_left does.
+        m_shareable = a_left->shareable();
     } else if (a_operator == OR && ((a_left->m_operator == NOT && a_left->Value() == a_right) ||
                                     (a_right->m_operator == NOT && a_right->Value() == a_left))) {
         // p OR NOT p is the constant true, in the form path conditions use.
         m_operator = EQ;
         l_operand = new ConstExp(1);
         r_operand = new ConstExp(1);
+        m_shareable = true;
     } else if (a_operator == LOOKUP && a_left->m_operator == ADDR) {
         m_operator = LOOKUP;
         l_operand = a_left->Value();
@@ -338,6 +560,7 @@ BinaryExp::BinaryExp(operator_t a_operator, const ExpHandle& a_left, const ExpHa
         m_operator = a_operator;
         l_operand = a_left;
         r_operand = a_right;
+        m_shareable = !isComparison(m_operator) && l_operand->shareable() && r_operand->shareable();
     }
     setShape(l_operand->shape(), r_operand->shape());
 }
@@ -377,12 +600,15 @@ void BinaryExp::setOperand(int a_index, const ExpHandle& a_value)
     else if (a_index == 2)
         r_operand = a_value;
     setShape(l_operand->shape(), r_operand->shape());
+    // Rebuilding set fields might normalize them: always copy this node.
+    m_shareable = false;
+    m_const_generation = 0;
 }
 
 ExpHandle BinaryExp::copyExp(const ExpHandle& a_exp)
 {
     VELCOR_ASSERT(a_exp.data()==this);
-    return new BinaryExp(m_operator, l_operand->copyExp(l_operand), r_operand->copyExp(r_operand));
+    return new BinaryExp(m_operator, shareOrCopy(l_operand), shareOrCopy(r_operand));
 }
 
 ExpHandle BinaryExp::substituteExp(const char* a_name, const ExpHandle& a_exp, const ExpHandle& self)
@@ -397,74 +623,92 @@ ExpHandle BinaryExp::substituteExp(const char* a_name, const ExpHandle& a_exp, c
 
 bool BinaryExp::dependsOnVar(const char* a_name)
 {
-    return l_operand->dependsOnVar(a_name) || r_operand->dependsOnVar(a_name);
+    return DependenceWalk(a_name).depends(this);
 }
 
 bool BinaryExp::isConst()
 {
-    // Each operand is asked once: asking again at every level would make
-    // deep conjunctions exponential.
-    bool left_const = l_operand->isConst();
-    if (m_operator == OR && left_const && l_operand->constValue() == 1)
-        return true;
-    bool right_const = r_operand->isConst();
-    if (m_operator == AND &&
-        ((left_const && l_operand->constValue() == 0) || (right_const && r_operand->constValue() == 0)))
-        return true;
-    if (!left_const || !right_const)
-        return false;
-    if (m_operator == DIV) {
-        // Division by zero and INT_MIN / -1 have no 32-bit value.
-        int divisor = r_operand->constValue();
-        if (divisor == 0 || (divisor == -1 && l_operand->constValue() == INT_MIN))
-            return false;
-    }
-    return true;
+    evaluateConst();
+    return m_const;
 }
 
 int BinaryExp::constValue()
 {
-    if (!isConst())
-        return 0;
-    if (m_operator == AND) {
-        bool zero = (l_operand->isConst() && l_operand->constValue() == 0) ||
-                    (r_operand->isConst() && r_operand->constValue() == 0);
-        return zero ? 0 : 1;
+    evaluateConst();
+    return m_const_value;
+}
+
+void BinaryExp::evaluateConst()
+{
+    if (m_const_generation == TN::constGeneration())
+        return;
+    m_const_generation = TN::constGeneration();
+    m_const_value = 0;
+    bool left_const = l_operand->isConst();
+    bool right_const = r_operand->isConst();
+    int left = left_const ? l_operand->constValue() : 0;
+    int right = right_const ? r_operand->constValue() : 0;
+
+    if (m_operator == OR && left_const && left == 1) {
+        m_const = true;
+    } else if (m_operator == AND && ((left_const && left == 0) || (right_const && right == 0))) {
+        m_const = true;
+    } else if (!left_const || !right_const) {
+        m_const = false;
+    } else if (m_operator == DIV) {
+        // Division by zero and INT_MIN / -1 have no 32-bit value.
+        m_const = !(right == 0 || (right == -1 && left == INT_MIN));
+    } else {
+        m_const = true;
     }
-    if (m_operator == OR) {
-        if (l_operand->isConst() && l_operand->constValue() != 0)
-            return 1;
-        return (!r_operand->isConst() || r_operand->constValue() == 0) ? 0 : 1;
-    }
-    int left = l_operand->constValue();
-    int right = r_operand->constValue();
+    if (!m_const)
+        return;
+
     switch (m_operator) {
+    case AND:
+        m_const_value = ((left_const && left == 0) || (right_const && right == 0)) ? 0 : 1;
+        break;
+    case OR:
+        m_const_value = (left_const && left != 0) || (right_const && right != 0) ? 1 : 0;
+        break;
     case ADD:
-        return wrap(bits(left) + bits(right));
+        m_const_value = wrap(bits(left) + bits(right));
+        break;
     case SUB:
-        return wrap(bits(left) - bits(right));
+        m_const_value = wrap(bits(left) - bits(right));
+        break;
     case MUL:
-        return wrap(bits(left) * bits(right));
+        m_const_value = wrap(bits(left) * bits(right));
+        break;
     case DIV:
-        return left / right;
+        m_const_value = left / right;
+        break;
     case GT:
-        return left > right;
+        m_const_value = left > right;
+        break;
     case GE:
-        return left >= right;
+        m_const_value = left >= right;
+        break;
     case LT:
-        return left < right;
+        m_const_value = left < right;
+        break;
     case EQ:
-        return left == right;
+        m_const_value = left == right;
+        break;
     case NEQ:
-        return left != right;
+        m_const_value = left != right;
+        break;
     case SELECT_BIT:
         // Bit 0 is the most significant bit of the word.
-        return (right >= 0 && right < REGISTER_SIZE_IN_BITS) ? static_cast<int>((bits(left) >> (31 - right)) & 1u)
-                                                              : 0;
+        m_const_value = (right >= 0 && right < REGISTER_SIZE_IN_BITS)
+                            ? static_cast<int>((bits(left) >> (31 - right)) & 1u)
+                            : 0;
+        break;
     case ANDC:
-        return wrap(bits(left) & ~bits(right));
+        m_const_value = wrap(bits(left) & ~bits(right));
+        break;
     default:
-        return 0;
+        break;
     }
 }
 
@@ -485,6 +729,18 @@ TrinaryExp::TrinaryExp(operator_t a_operator, const ExpHandle& a_first, const Ex
         operand3 = a_third;
     }
     setShape(operand1->shape(), operand2->shape(), operand3->shape());
+    // A branch kept as given is one a rebuild keeps too.
+    updateShareable(operand2.data() == a_second.data(), operand3.data() == a_third.data());
+}
+
+void TrinaryExp::updateShareable(bool a_second_kept, bool a_third_kept)
+{
+    m_shareable = operand1->shareable() && operand2->shareable() && operand3->shareable();
+    // A conditional whose branches a rebuild would cut again is copied.
+    if (m_shareable && m_operator == IF && !a_second_kept)
+        m_shareable = cutNestedIf(operand1, operand2, 2, 3).data() == operand2.data();
+    if (m_shareable && m_operator == IF && !a_third_kept)
+        m_shareable = cutNestedIf(operand1, operand3, 3, 2).data() == operand3.data();
 }
 
 bool TrinaryExp::specialPrint()
@@ -500,8 +756,7 @@ ExpHandle TrinaryExp::ifSimplify(const char* a_name, const ExpHandle& a_exp, con
 ExpHandle TrinaryExp::copyExp(const ExpHandle& a_exp)
 {
     VELCOR_ASSERT(a_exp.data()==this);
-    return new TrinaryExp(m_operator, operand1->copyExp(operand1), operand2->copyExp(operand2),
-                          operand3->copyExp(operand3));
+    return new TrinaryExp(m_operator, shareOrCopy(operand1), shareOrCopy(operand2), shareOrCopy(operand3));
 }
 
 const char* TrinaryExp::getName()
@@ -525,6 +780,8 @@ void TrinaryExp::setOperand(int a_index, const ExpHandle& a_value)
     else if (a_index == 3)
         operand3 = a_value;
     setShape(operand1->shape(), operand2->shape(), operand3->shape());
+    updateShareable(false, false);
+    m_const_generation = 0;
 }
 
 ExpHandle TrinaryExp::substituteExp(const char* a_name, const ExpHandle& a_exp, const ExpHandle& self)
@@ -546,12 +803,16 @@ ExpHandle TrinaryExp::substituteExp(const char* a_name, const ExpHandle& a_exp, 
 
 bool TrinaryExp::dependsOnVar(const char* a_name)
 {
-    return operand1->dependsOnVar(a_name) || operand2->dependsOnVar(a_name) || operand3->dependsOnVar(a_name);
+    return DependenceWalk(a_name).depends(this);
 }
 
 bool TrinaryExp::isConst()
 {
-    return operand1->isConst() && operand2->isConst() && operand3->isConst();
+    if (m_const_generation != TN::constGeneration()) {
+        m_const = operand1->isConst() && operand2->isConst() && operand3->isConst();
+        m_const_generation = TN::constGeneration();
+    }
+    return m_const;
 }
 
 // --------------------------------------------------------------- BitArrayExp
@@ -620,7 +881,7 @@ ExpHandle BitArrayExp::copyExp(const ExpHandle& a_exp)
     std::vector<ExpHandle> copies;
     copies.reserve(operands.size());
     for (const ExpHandle& bit : operands)
-        copies.push_back(bit->copyExp(bit));
+        copies.push_back(shareOrCopy(bit));
     return new BitArrayExp(copies);
 }
 
@@ -632,10 +893,7 @@ ExpHandle BitArrayExp::substituteExp(const char*, const ExpHandle&, const ExpHan
 
 bool BitArrayExp::dependsOnVar(const char* a_name)
 {
-    for (const ExpHandle& bit : operands)
-        if (bit->dependsOnVar(a_name))
-            return true;
-    return false;
+    return DependenceWalk(a_name).depends(this);
 }
 
 bool BitArrayExp::isConst()

@@ -99,11 +99,49 @@ public:
     // Restarts the fresh-name numbering (a new run in the same process).
     static void resetFresh() { last = 0; }
 
+    // At most this many nodes live at once (by default 20,000,000, about
+    // two gigabytes): a listing whose values grow past that ends the run as
+    // an exhausted capacity instead of exhausting the memory. Embeddings
+    // with less memory to spare may lower it.
+    static void setNodeLimit(std::size_t a_limit) { NodeCount::s_limit = a_limit; }
+    static std::size_t liveNodes() { return NodeCount::s_live; }
+
+    // a_exp->copyExp(a_exp), or the stop for the node limit before any of
+    // the copy is made when the copy would not fit: shared parts that a copy
+    // must make anew for every path to them can be exponentially many.
+    static ExpHandle copyOf(const ExpHandle& a_exp);
+
     // A fingerprint of the node's structure: structurally equal nodes have
     // equal fingerprints, so different fingerprints prove inequality without
     // walking the trees.
     std::uint64_t shape() const { return m_shape; }
 
+    // Whether copyExp may hand out this very node where a copy is asked for:
+    // true when a copy could not be told from the original, i.e. the subtree
+    // holds nothing that is equal only to itself (bit arrays, labels) or
+    // that remembers being printed (comparisons), and copying would rebuild
+    // it unchanged. Sharing such subtrees keeps copies of shared trees linear.
+    bool shareable() const { return m_shareable; }
+
+private:
+    // Counts the nodes alive, copies included, and refuses one past the
+    // limit. Declared first, so that a refused node has built nothing.
+    class NodeCount {
+    public:
+        NodeCount() { add(); }
+        NodeCount(const NodeCount&) { add(); }
+        NodeCount& operator=(const NodeCount&) { return *this; }
+        ~NodeCount() { --s_live; }
+
+        static std::size_t s_live;
+        static std::size_t s_limit;
+
+    private:
+        static void add();
+    };
+    NodeCount m_count;
+
+public:
     expression_type_t m_type;
     operator_t m_operator = NOOP;
     bool mark = false;
@@ -114,7 +152,17 @@ protected:
     // Computes the fingerprint from the kind, the operator and a_parts.
     void setShape(std::uint64_t a_first, std::uint64_t a_second = 0, std::uint64_t a_third = 0);
 
+    // This node where it may be shared, a copy of it otherwise.
+    static ExpHandle shareOrCopy(const ExpHandle& a_exp);
+
     std::uint64_t m_shape = 0;
+    bool m_shareable = false;
+    // isConst and constValue of a node with operands, valid while
+    // TN::constGeneration() equals m_const_generation: each node of a shared
+    // subtree is then evaluated once, not once per path to it.
+    std::uint64_t m_const_generation = 0;
+    bool m_const = false;
+    std::int32_t m_const_value = 0;
 };
 
 class ConstExp : public Expression {
@@ -191,12 +239,15 @@ public:
     TN* TNValue() override { return nullptr; }
     ExpHandle operand(int) override { return m_operand; }
     ExpHandle substituteExp(const char* a_name, const ExpHandle& a_exp, const ExpHandle& a_self) override;
-    bool dependsOnVar(const char* a_name) override { return m_operand->dependsOnVar(a_name); }
-    bool isConst() override { return m_operand->isConst(); }
+    bool dependsOnVar(const char* a_name) override;
+    bool isConst() override;
     int constValue() override;
     const char* getValue() override { return nullptr; }
 
     ExpHandle m_operand;
+
+private:
+    void evaluateConst();
 };
 
 class BinaryExp : public Expression {
@@ -225,6 +276,7 @@ public:
 
 private:
     void addComparisonAssertion();
+    void evaluateConst();
 };
 
 class TrinaryExp : public Expression {
@@ -250,6 +302,9 @@ public:
     ExpHandle operand1;
     ExpHandle operand2;
     ExpHandle operand3;
+
+private:
+    void updateShareable(bool a_second_kept, bool a_third_kept);
 };
 
 class BitArrayExp : public Expression {

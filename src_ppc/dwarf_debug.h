@@ -229,9 +229,11 @@ using type_field_offsets = misc::StringHashMap<int>;
 
 class dwarf_debug {
 public:
-    // Bounds of the structure walk: a file of a few kilobytes can describe
-    // types whose expansion is exponential in the nesting depth.
-    static constexpr int MAX_TYPE_DEPTH = 256;
+    // Bounds of the structure walk. The walk recurses once per nested type,
+    // a few frames a level: 10000 levels fit the run's stack many times
+    // over. A file of a few kilobytes can describe types whose expansion is
+    // exponential in the nesting depth: the number of cells is bounded too.
+    static constexpr int MAX_TYPE_DEPTH = 10000;
     static constexpr std::size_t MAX_MEMBER_PAIRS = 100000;
 
     dwarf_debug();

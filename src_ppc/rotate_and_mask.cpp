@@ -3,6 +3,8 @@
 // of cntlzw and a shift right by 5. General rotation is not modelled; any
 // other shape becomes a bit selection.
 #include <iostream>
+#include <unordered_map>
+#include <utility>
 
 #include "machine.h"
 
@@ -18,7 +20,7 @@ ExpHandle selectBit(const ExpHandle& a_exp, long a_bit)
 // that share it keep their meaning and no node can come to contain itself.
 ExpHandle ownConditional(const ExpHandle& a_exp)
 {
-    return a_exp.count() > 1 ? a_exp->copyExp(a_exp) : a_exp;
+    return a_exp.count() > 1 ? Expression::copyOf(a_exp) : a_exp;
 }
 
 bool isLeaf(const ExpHandle& a_exp)
@@ -33,19 +35,53 @@ ExpHandle CreateSignBit(const ExpHandle&)
     return new ConstExp(0);
 }
 
-ExpHandle get_sign_bit_andc(const ExpHandle& a_negated, const ExpHandle& a_exp)
-{
-    // (-y) andc y is taken to have a clear sign bit. Note: this holds only
-    // for y <= 0; for y > 0 the true bit is 1.
-    if (a_exp->m_operator == NEG && a_exp->operand(1) == a_negated)
-        return CreateSignBit(a_negated);
-    if (a_exp->isIf()) {
+namespace {
+
+// The sign-bit rule over the conditionals of one value. A conditional that
+// a copy could not be told from (see Expression::shareable) gives the same
+// result wherever the value reaches it again, so it is worked out once:
+// values share their parts, and the paths through them can be exponentially
+// many.
+class SignBitWalk {
+public:
+    explicit SignBitWalk(const ExpHandle& a_negated) : m_negated(a_negated) {}
+
+    ExpHandle run(const ExpHandle& a_exp)
+    {
+        // (-y) andc y is taken to have a clear sign bit. Note: this holds
+        // only for y <= 0; for y > 0 the true bit is 1.
+        if (a_exp->m_operator == NEG && a_exp->operand(1) == m_negated)
+            return CreateSignBit(m_negated);
+        if (!a_exp->isIf())
+            return selectBit(new BinaryExp(ANDC, a_exp, m_negated), 0);
+        bool remembered = a_exp->shareable();
+        if (remembered) {
+            auto done = m_done.find(a_exp.data());
+            if (done != m_done.end())
+                return done->second.second;
+        }
         ExpHandle result = ownConditional(a_exp);
-        result->setOperand(2, get_sign_bit_andc(a_negated, result->operand(2)));
-        result->setOperand(3, get_sign_bit_andc(a_negated, result->operand(3)));
+        if (remembered)
+            m_done[a_exp.data()].first = a_exp;
+        result->setOperand(2, run(result->operand(2)));
+        result->setOperand(3, run(result->operand(3)));
+        if (remembered)
+            m_done[a_exp.data()].second = result;
         return result;
     }
-    return selectBit(new BinaryExp(ANDC, a_exp, a_negated), 0);
+
+private:
+    ExpHandle m_negated;
+    // The conditional (held, so that its address stays its own) and its
+    // result.
+    std::unordered_map<const Expression*, std::pair<ExpHandle, ExpHandle>> m_done;
+};
+
+} // namespace
+
+ExpHandle get_sign_bit_andc(const ExpHandle& a_negated, const ExpHandle& a_exp)
+{
+    return SignBitWalk(a_negated).run(a_exp);
 }
 
 ExpHandle rotateAndMask(long a_from, long a_to, long a_rotation_amount, const ExpHandle& a_exp)

@@ -8,7 +8,8 @@
 #   *.s, other inputs  copied into a fresh working directory
 #   *.dwarf            executable descriptions, built with the test-executable
 #                      builder into the file of the same name without .dwarf
-#   setup.sh           run in the working directory before velcor
+#   setup.sh           run in the working directory before velcor, with
+#                      MKDWARF naming the builder (for generated descriptions)
 #   expected/status    exit status (0 when absent)
 #   expected/a_stdout0 the whole output file; expected/no_a_stdout0 when the
 #                      run must not create it
@@ -16,6 +17,9 @@
 #   expected/stdout_has, expected/stderr_has, expected/a_stdout0_has
 #                      lines that must appear, in order
 #   expected/mode      permission bits of a_stdout0 (the run uses umask 0)
+#   expected/check.sh  run in the working directory after velcor, for what a
+#                      generated case can only describe (sizes, counts, long
+#                      lines); it prints what is wrong and fails
 set -u
 velcor=$1
 case_dir=$2
@@ -36,7 +40,7 @@ for description in "$work"/*.dwarf; do
 done
 
 if [ -f "$case_dir/setup.sh" ]; then
-    (cd "$work" && sh "$case_dir/setup.sh") || { echo "setup failed"; exit 1; }
+    (cd "$work" && MKDWARF=$builder sh "$case_dir/setup.sh") || { echo "setup failed"; exit 1; }
 fi
 
 args=()
@@ -82,6 +86,9 @@ contains_in_order() { # expected-lines actual-file label
 [ -f "$expected/mode" ] && {
     mode=$(stat -c %a "$work/a_stdout0" 2>/dev/null)
     [ "$mode" = "$(cat "$expected/mode")" ] || fail "a_stdout0 mode $mode, expected $(cat "$expected/mode")"
+}
+[ -f "$expected/check.sh" ] && {
+    (cd "$work" && sh "$expected/check.sh") || fail "check.sh"
 }
 if [ "$failed" != 0 ]; then
     echo "--- stderr of the run:"; head -n 20 "$work/stderr.actual"

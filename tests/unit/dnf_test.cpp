@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <iterator>
+#include <utility>
+#include <vector>
 
 #include "DNF.h"
 #include "propositionhandler.h"
@@ -89,4 +91,136 @@ TEST(DNFTest, ExpressionOfTheCondition)
     DNF().getExp()->print(false, TARGET, true);
     DNF(false).getExp()->print(false, TARGET, true);
     EXPECT_EQ(output.text(), "( NOT p3 OR (p2 OR ((p1 AND  NOT p3) AND p4)))(1=1)(1=0)");
+}
+
+namespace {
+
+using Literals = std::vector<std::pair<int, bool>>;
+
+// The merge rule stated plainly, on lists of literal lists: the first clause
+// that has a complementary one after it (the same propositions in the same
+// order, exactly one of them of the other sign) loses that literal, the
+// first such later clause goes, and the search starts again from the front.
+// Returns false when a clause becomes empty.
+bool mergeByTheRule(std::vector<Literals>& a_clauses)
+{
+    for (;;) {
+        bool merged = false;
+        for (std::size_t x = 0; x < a_clauses.size() && !merged; ++x) {
+            for (std::size_t y = x + 1; y < a_clauses.size() && !merged; ++y) {
+                const Literals& left = a_clauses[x];
+                const Literals& right = a_clauses[y];
+                if (left.size() != right.size())
+                    continue;
+                int differing = -1;
+                bool same_propositions = true;
+                for (std::size_t i = 0; i < left.size(); ++i) {
+                    same_propositions = same_propositions && left[i].first == right[i].first;
+                    if (left[i].second != right[i].second)
+                        differing = differing == -1 ? static_cast<int>(i) : -2;
+                }
+                if (!same_propositions || differing < 0)
+                    continue;
+                a_clauses[x].erase(a_clauses[x].begin() + differing);
+                if (a_clauses[x].empty())
+                    return false;
+                a_clauses.erase(a_clauses.begin() + static_cast<long>(y));
+                merged = true;
+            }
+        }
+        if (!merged)
+            return true;
+    }
+}
+
+Literals literalsOf(const Clause& a_clause)
+{
+    Literals literals;
+    for (const intBool& literal : a_clause)
+        literals.emplace_back(literal.p_id, literal.m_bool);
+    return literals;
+}
+
+} // namespace
+
+TEST(DNFTest, SimplifyFollowsTheMergeRuleOnRandomPathConditions)
+{
+    RunFixture run(CVC);
+    StreamCapture quiet(std::cout);
+    unsigned state = 12345;
+    auto next = [&state](unsigned a_bound) {
+        state = state * 1103515245u + 12345u;
+        return (state >> 16) % a_bound;
+    };
+    for (int round = 0; round < 300; ++round) {
+        // Clauses over few propositions, so that complements and duplicates
+        // are common.
+        DNF first(false), second(false);
+        std::vector<Literals> expected;
+        int clauses = 1 + static_cast<int>(next(12));
+        std::vector<Clause> made;
+        for (int c = 0; c < clauses; ++c) {
+            Clause clause(1 + static_cast<int>(next(4)), next(2) == 0);
+            for (int more = static_cast<int>(next(3)); more > 0; --more)
+                clause.andClause(1 + static_cast<int>(next(4)), next(2) == 0);
+            if (clause.isTrue())
+                continue;
+            made.push_back(clause);
+        }
+        std::size_t split = made.size() / 2;
+        for (std::size_t i = 0; i < made.size(); ++i)
+            (i < split ? first : second).add(made[i]);
+        // The list simplify starts from: the first operand's clauses, then
+        // each of the second's put at the front.
+        for (const Clause& clause : first)
+            expected.push_back(literalsOf(clause));
+        for (const Clause& clause : second)
+            expected.insert(expected.begin(), literalsOf(clause));
+
+        DNF result = simplify(first, second);
+        if (!mergeByTheRule(expected)) {
+            EXPECT_TRUE(result.isTrue()) << "round " << round;
+            continue;
+        }
+        std::vector<Literals> got;
+        for (const Clause& clause : result)
+            got.push_back(literalsOf(clause));
+        EXPECT_EQ(got, expected) << "round " << round;
+    }
+}
+
+TEST(DNFTest, SimplifyOfThousandsOfClauses)
+{
+    RunFixture run(CVC);
+    // All 2^12 sign choices of p1..p12, in an order where the merges come
+    // late: together they are true. Then the same without the clause of all
+    // positive signs: 12 clauses remain, one per proposition.
+    std::vector<Clause> all;
+    for (int signs = 0; signs < 4096; ++signs) {
+        Clause clause(1, (signs & 1) != 0);
+        for (int p = 2; p <= 12; ++p)
+            clause.andClause(p, (signs >> (p - 1) & 1) != 0);
+        all.push_back(clause);
+    }
+    DNF every(false);
+    for (const Clause& clause : all)
+        every.add(clause);
+    EXPECT_TRUE(simplify(every, DNF(false)).isTrue());
+
+    DNF but_one(false);
+    for (std::size_t i = 0; i + 1 < all.size(); ++i)
+        but_one.add(all[i]);
+    DNF rest = simplify(but_one, DNF(false));
+    EXPECT_LT(rest.size(), 100u);
+    // It still holds for every choice of signs but the all-positive one.
+    for (int signs = 0; signs < 4096; ++signs) {
+        bool holds = false;
+        for (const Clause& clause : rest) {
+            bool all = true;
+            for (const intBool& literal : clause)
+                all = all && ((signs >> (literal.p_id - 1) & 1) != 0) == literal.m_bool;
+            holds = holds || all;
+        }
+        EXPECT_EQ(holds, signs != 4095) << signs;
+    }
 }

@@ -252,17 +252,41 @@ TEST(ExpressionOperationsTest, SubstitutionFoldsConstants)
     EXPECT_TRUE(ExpHandle(new BitArrayExp(std::vector<ExpHandle>(32, reg)))->dependsOnVar("r3"));
 }
 
-TEST(ExpressionOperationsTest, CopiesAreDeepAndNormalizedAgain)
+TEST(ExpressionOperationsTest, CopiesCanBeChangedWithoutTouchingTheOriginal)
 {
+    RunFixture run(CVC);
     ExpHandle original = tri(IF, var("c"), bin(ADD, var("a"), num(1)), num(0));
     ExpHandle copy = original->copyExp(original);
     EXPECT_NE(copy.data(), original.data());
-    EXPECT_NE(copy->operand(2).data(), original->operand(2).data());
     EXPECT_TRUE(copy == original);
+    copy->setOperand(3, num(7));
+    EXPECT_EQ(text(original), " (IF (c) THEN \n(a+1) ELSE \n0 ENDIF) ");
+    EXPECT_EQ(text(copy), " (IF (c) THEN \n(a+1) ELSE \n7 ENDIF) ");
+
+    // Nodes equal only to themselves, and comparisons (which remember being
+    // printed), are new in a copy.
     ExpHandle bits = new BitArrayExp(bitsOf(32, 1));
     ExpHandle bits_copy = bits->copyExp(bits);
-    EXPECT_NE(bits_copy->operand(0).data(), bits->operand(0).data());
+    EXPECT_FALSE(bits_copy == bits);
     EXPECT_TRUE(bits_copy->isConst());
+    ExpHandle test = tri(IF, bin(GT, var("x"), num(0)), var("a"), var("b"));
+    ExpHandle test_copy = test->copyExp(test);
+    EXPECT_NE(test_copy->operand(1).data(), test->operand(1).data());
+    EXPECT_TRUE(test_copy == test);
+}
+
+TEST(ExpressionOperationsTest, CopyingNormalizesAChangedConditionalAgain)
+{
+    RunFixture run(CVC);
+    // Setting a branch bypasses the constructor's cut of a nested
+    // conditional on the same condition; a copy makes that cut.
+    ExpHandle node = tri(IF, var("c"), var("a"), var("b"));
+    node->setOperand(2, tri(IF, var("c"), var("x"), var("y")));
+    ExpHandle copy = node->copyExp(node);
+    EXPECT_EQ(text(copy), " (IF (c) THEN \nx ELSE \nb ENDIF) ");
+    ExpHandle outer = bin(ADD, node, num(1));
+    ExpHandle outer_copy = outer->copyExp(outer);
+    EXPECT_EQ(text(outer_copy), "( (IF (c) THEN \nx ELSE \nb ENDIF) +1)");
 }
 
 TEST(ExpressionOperationsTest, ThirtyTwoBitArithmeticWraps)
@@ -509,4 +533,125 @@ TEST(ExpressionLifetimeTest, ThousandsOfSharedNodesAreFreed)
     chain->print(false, TARGET, false);
     EXPECT_FALSE(capture.text().empty());
     kept.clear();
+}
+
+// Values of long listings share their parts: x+x where both operands are one
+// node, chains of such sums, conditionals over them. Every operation that
+// writes nothing must cost what the distinct nodes cost, not what the
+// unfolded tree (2^depth leaves) would.
+namespace {
+
+constexpr int SHARED_DEPTH = 200;
+
+ExpHandle doublingChain(const ExpHandle& a_leaf)
+{
+    ExpHandle chain = a_leaf;
+    for (int i = 0; i < SHARED_DEPTH; ++i)
+        chain = bin(ADD, chain, chain);
+    return chain;
+}
+
+} // namespace
+
+TEST(SharedSubtreeTest, ConstantEvaluationVisitsEachNodeOnce)
+{
+    ExpHandle constant = doublingChain(num(1));
+    EXPECT_TRUE(constant->isConst());
+    // 2^200 wraps to 0 in 32 bits; so does every sum past 2^32.
+    EXPECT_EQ(constant->constValue(), 0);
+    ExpHandle small = bin(ADD, bin(ADD, num(3), num(3)), bin(ADD, num(3), num(3)));
+    EXPECT_EQ(small->constValue(), 12);
+    ExpHandle variable = doublingChain(var("r3"));
+    EXPECT_FALSE(variable->isConst());
+    EXPECT_EQ(variable->constValue(), 0);
+    EXPECT_FALSE(tri(IF, var("c"), variable, variable)->isConst());
+}
+
+TEST(SharedSubtreeTest, EqualityOfSeparatelyBuiltChains)
+{
+    ExpHandle left = doublingChain(var("r3"));
+    ExpHandle right = doublingChain(var("r3"));
+    EXPECT_NE(left.data(), right.data());
+    EXPECT_TRUE(left == right);
+    // A difference at the very bottom is found as well.
+    ExpHandle other = doublingChain(var("r4"));
+    EXPECT_FALSE(left == other);
+    ExpHandle mixed = bin(ADD, left->leftValue(), other->leftValue());
+    EXPECT_FALSE(left == mixed);
+}
+
+TEST(SharedSubtreeTest, DependenceOnAVariable)
+{
+    ExpHandle chain = doublingChain(var("r3"));
+    EXPECT_TRUE(chain->dependsOnVar("r3"));
+    EXPECT_FALSE(chain->dependsOnVar("r4"));
+    ExpHandle late = bin(SUB, chain, var("r4"));
+    EXPECT_TRUE(late->dependsOnVar("r4"));
+    EXPECT_FALSE(tri(IF, var("c"), chain, num(0))->dependsOnVar("r5"));
+}
+
+TEST(SharedSubtreeTest, CopyOfAConditionalOverASharedChain)
+{
+    ExpHandle chain = doublingChain(var("r3"));
+    ExpHandle conditional = tri(IF, var("c"), chain, var("r4"));
+    ExpHandle copy = conditional->copyExp(conditional);
+    EXPECT_TRUE(copy == conditional);
+    copy->setOperand(3, num(0));
+    EXPECT_TRUE(conditional->operand(3) == var("r4"));
+}
+
+TEST(SharedSubtreeTest, AnOperandThatBecomesAConstantChangesTheValue)
+{
+    RunFixture run(CVC);
+    TN* k = run.symbols().addTN(TN_SYM_REG, "k");
+    ExpHandle sum = bin(ADD, doublingChain(new VarExp(k)), num(5));
+    EXPECT_FALSE(sum->isConst());
+    // The name registered again, now as a constant of value 3.
+    run.symbols().addTN(TN_CONST, "k", 3L);
+    EXPECT_TRUE(sum->isConst());
+    EXPECT_EQ(sum->constValue(), 5);
+    ExpHandle once = bin(ADD, new VarExp(k), num(5));
+    EXPECT_EQ(once->constValue(), 8);
+    run.symbols().addTN(TN_CONST, "k", 4L);
+    EXPECT_EQ(once->constValue(), 9);
+    run.symbols().addTN(TN_SYM_REG, "k");
+    EXPECT_FALSE(once->isConst());
+    EXPECT_EQ(once->constValue(), 0);
+}
+
+TEST(SharedSubtreeTest, TheNodeLimitStopsTheRunBeforeTheMemoryRunsOut)
+{
+    RunFixture run(CVC);
+    // Restores the default limit at the end of the test, whatever happens.
+    struct Limit {
+        explicit Limit(std::size_t a_limit) { Expression::setNodeLimit(a_limit); }
+        ~Limit() { Expression::setNodeLimit(20000000); }
+    } limit(Expression::liveNodes() + 1000);
+
+    std::string message;
+    try {
+        std::vector<ExpHandle> nodes;
+        for (int i = 0; i < 2000; ++i)
+            nodes.push_back(num(i));
+    } catch (const OrderlyStop& stop) {
+        message = stop.message();
+    }
+    EXPECT_EQ(message, "Capacity exhausted: more than " + std::to_string(Expression::liveNodes() + 1000) +
+                           " expression nodes\n");
+
+    // A copy is refused whole, before any of it is made: the doubled bit
+    // array has 2^200 paths to it, each of which a copy makes anew.
+    ExpHandle value = tri(IF, var("c"), doublingChain(new BitArrayExp(bitsOf(32, 1))), num(0));
+    std::size_t before = Expression::liveNodes();
+    message.clear();
+    try {
+        Expression::copyOf(value);
+    } catch (const OrderlyStop& stop) {
+        message = stop.message();
+    }
+    EXPECT_NE(message, "");
+    EXPECT_EQ(Expression::liveNodes(), before);
+    // A small one is made.
+    ExpHandle small = tri(IF, var("c"), bin(ADD, new BitArrayExp(bitsOf(32, 1)), num(1)), num(0));
+    EXPECT_TRUE(Expression::copyOf(small) != small);
 }

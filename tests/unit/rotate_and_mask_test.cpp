@@ -119,3 +119,36 @@ TEST_F(RotateAndMaskTest, ShiftByFiveAfterCntlzwIsAZeroTestOtherMasksSelectABit)
     EXPECT_EQ(rotateAndMask(5, 31, 27, alone).data(), alone.data());
     EXPECT_TRUE(alone->operand(2) == zero_test);
 }
+
+TEST_F(RotateAndMaskTest, ConditionalOverASharedChain)
+{
+    // r3+r3, then that sum added to itself, 200 times: 2^200 leaves unfolded.
+    ExpHandle chain = new VarExp("r3");
+    for (int i = 0; i < 200; ++i)
+        chain = new BinaryExp(ADD, chain, chain);
+    ExpHandle plus_one = new BinaryExp(ADD, chain, new ConstExp(1));
+    ExpHandle value = ifExp(plus_one, chain);
+    // Held twice, as a register's value is: the bit comes from a copy.
+    ExpHandle register_value = value;
+    ExpHandle low_bit = rotateAndMask(31, 31, 0, value);
+    EXPECT_TRUE(low_bit == ifExp(bit(plus_one, 31), bit(chain, 31)));
+    EXPECT_NE(low_bit.data(), value.data());
+    EXPECT_EQ(value->operand(2).data(), plus_one.data());
+    EXPECT_EQ(value->operand(3).data(), chain.data());
+}
+
+TEST_F(RotateAndMaskTest, SignBitOfAndcOverSharedConditionals)
+{
+    // Conditionals whose two branches are one conditional, 200 deep: 2^200
+    // paths to the bottom one.
+    ExpHandle shared = ifExp(m_x, m_sum);
+    ExpHandle expected = ifExp(bit(new BinaryExp(ANDC, m_x, m_d), 0), bit(new BinaryExp(ANDC, m_sum, m_d), 0));
+    for (int i = 0; i < 200; ++i) {
+        ExpHandle condition = var("c" + std::to_string(i));
+        shared = new TrinaryExp(IF, condition, shared, shared);
+        expected = new TrinaryExp(IF, condition, expected, expected);
+    }
+    ExpHandle andc = new BinaryExp(ANDC, shared, m_d);
+    ExpHandle sign = rotateAndMask(0, 0, 0, andc);
+    EXPECT_TRUE(sign == expected);
+}

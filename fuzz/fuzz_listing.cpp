@@ -1,0 +1,54 @@
+// Fuzz target: arbitrary bytes as the listing, with a fixed valid executable
+// whose node takes a structure of plain, embedded and pointed-to members.
+#include <cstddef>
+#include <cstdint>
+
+#include "../tools/dwarf_builder.h"
+#include "fuzz_support.h"
+
+namespace {
+
+const char* const EXECUTABLE =
+    "unit node.c\n"
+    "  typedef S struct s\n"
+    "  struct s size 20\n"
+    "    member a int at 0\n"
+    "    member b int at 4\n"
+    "    member in struct inner at 8\n"
+    "    member p pointer T at 16\n"
+    "  end\n"
+    "  struct inner size 8\n"
+    "    member x int at 0\n"
+    "    member y int at 4\n"
+    "  end\n"
+    "  typedef T struct t\n"
+    "  struct t size 4\n"
+    "    member z int at 0\n"
+    "  end\n"
+    "  subroutine step\n"
+    "    parameter s pointer S\n"
+    "  end\n"
+    "end\n";
+
+fuzz::Runner* runner = nullptr;
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***)
+{
+    fuzz::enterWorkDirectory();
+    std::string executable = mkdwarf::build(EXECUTABLE);
+    fuzz::writeFile("exe", executable.data(), executable.size());
+    runner = new fuzz::Runner();
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* a_data, std::size_t a_size)
+{
+    fuzz::writeFile("listing.s", a_data, a_size);
+    // The syntax follows from the size, so every input is read in one of
+    // the three and the corpus covers all of them.
+    static const char* const formats[] = {"-cvc", "-ics", "-tlv"};
+    runner->run({"velcor", "listing.s", "-d", "exe", "-u", "node.c", "-n", "step", formats[a_size % 3]});
+    return 0;
+}
