@@ -32,7 +32,7 @@ constexpr std::size_t OUTPUT_CAP = std::size_t(4) << 20;
 constexpr std::size_t RUN_STACK_BYTES = std::size_t(512) << 20;
 // Expression nodes alive at once: the sanitizers make each node several
 // times larger, and the fuzzer's memory limit is two gigabytes.
-constexpr std::size_t NODE_LIMIT = 3000000;
+constexpr std::size_t NODE_LIMIT = 1000000;
 
 // Counts what is written and keeps none of it.
 class DroppingBuffer : public std::streambuf {
