@@ -79,30 +79,6 @@ TEST(OutputFileTest, NamesCountAcrossBothFormsAndModeIs0664)
     EXPECT_TRUE(fileExists("stdout.ia64.3"));
 }
 
-TEST(SyntaxTablesTest, KeywordsFollowTheChosenSyntax)
-{
-    RunFixture run(CVC);
-    EXPECT_STREQ(assertStr(), "ASSERT ");
-    EXPECT_STREQ(ifStr(), " (IF (");
-    EXPECT_STREQ(endIfStr(), " ENDIF) ");
-    EXPECT_EQ(commentChar(), '%');
-
-    setOutFormat(ICS);
-    EXPECT_STREQ(assertStr(), "assert(");
-    EXPECT_STREQ(endStr(), ").");
-    EXPECT_STREQ(orStr(), "|");
-    EXPECT_STREQ(andCheckStr(), "); check(");
-    EXPECT_EQ(commentChar(), '%');
-
-    setOutFormat(TLV);
-    for (const char* keyword : {assertStr(), checkStr(), andCheckStr(), andStr(), orStr(), notStr(), ifStr(),
-                                thenStr(), elseStr(), endIfStr()})
-        EXPECT_STREQ(keyword, "");
-    EXPECT_STREQ(endStr(), ";");
-    EXPECT_STREQ(addressStr(), "ADDRESS");
-    EXPECT_EQ(commentChar(), '#');
-}
-
 TEST(SyntaxTablesTest, ConjunctionModeOnlyChangesCvc)
 {
     RunFixture run(CVC);
