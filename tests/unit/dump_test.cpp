@@ -8,17 +8,13 @@
 #include "dump.h"
 #include "executable_support.h"
 
-TEST(DumpTest, AnEmptyDumpFileOpensAndNamesNothing)
+TEST(DumpTest, AnEmptyDumpFileNamesNothingAndAMissingOneStopsTheRun)
 {
     const std::string path = ::testing::TempDir() + "velcor_empty_dump";
     std::ofstream(path).close();
     Dump dump(path.c_str());
+    std::remove(path.c_str());
     EXPECT_EQ(dump.getName("100004a0"), nullptr);
     EXPECT_EQ(dump.getName(""), nullptr);
-    std::remove(path.c_str());
-}
-
-TEST(DumpTest, AMissingDumpFileStopsTheRun)
-{
-    EXPECT_EQ(stopMessage([] { Dump dump("no/such/dump"); }), "Cannot open dump file no/such/dump\n");
+    EXPECT_EQ(stopMessage([] { Dump missing("no/such/dump"); }), "Cannot open dump file no/such/dump\n");
 }

@@ -122,16 +122,12 @@ TEST_F(TypeTableTest, DeclaredNamesAgreeWithTheParameterMapping)
                                                  "  struct inner\n    member x int at 0\n    member y int at 4\n  end\n"
                                                  "  typedef T struct t\n  struct t\n    member z int at 0\n  end\n"
                                                  "  subroutine step\n    parameter s pointer S\n  end\nend\n"));
-    {
-        StreamCapture trace(std::cout);
-        dwarf_debug_o.outMembers("_C_", "step", "node.c");
-    }
+    StreamCapture trace(std::cout);
+    dwarf_debug_o.outMembers("_C_", "step", "node.c");
     // The same structure by hand, its offsets taken from the mapping's table.
     typeSymbol* s = structure("S", {{"a", "int", -1}, {"in", "inner", -1}, {"p", "T", -1, true}});
-    typeSymbol* inner = structure("inner", {{"x", "int", -1}, {"y", "int", -1}});
     typeSymbol* t = structure("T", {{"z", "int", -1}});
-    StreamCapture trace(std::cout);
-    for (typeSymbol* type : {s, inner, t})
+    for (typeSymbol* type : {s, structure("inner", {{"x", "int", -1}, {"y", "int", -1}}), t})
         type->updateOffsets();
     EXPECT_NE(trace.text().find("Get offset of S#p: offset=16\nGet offset of inner#x: offset=0\n"), std::string::npos);
 
@@ -174,16 +170,6 @@ TEST_F(TypeTableTest, AStructureHoldingItselfByValueIsRefused)
     symbolTable again;
     EXPECT_EQ(stopMessage([&] { s->declareAllMembers(false, "C_", true, &again); }), refusal);
     EXPECT_EQ(again.size(), 2u);
-}
-
-TEST_F(TypeTableTest, SymbolTablePrintsItsEntriesInMapOrder)
-{
-    StreamCapture out(std::cout);
-    m_symbols.print();
-    m_symbols.addSymbol(new CTn(false, "int", "b", false));
-    m_symbols.addSymbol(new CTn(false, "int", "a", false));
-    m_symbols.print();
-    EXPECT_EQ(out.text(), "@@================\n@@================\n@@a a\n@@b b\n");
 }
 
 TEST_F(TypeTableTest, LocalVariablesAreNotDeclaredWithTheTransition)
