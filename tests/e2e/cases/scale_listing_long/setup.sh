@@ -3,6 +3,7 @@
 # writes a third field either way, writes a fourth after the join, and
 # works on a stack slot. 980 branch propositions; the registry holds 999.
 # The executable's structure has the 3,920 int fields the blocks use.
+. "${0%/*}/../../scale_support.sh"
 awk 'BEGIN {
     blocks = 980
     n = 0
@@ -28,13 +29,12 @@ awk 'BEGIN {
         }
     }
     line("bclr 20,0")
-    print "unit node.c\n  typedef S struct s\n  struct s size " 16 * blocks > "node.dwarf"
+    print "  typedef S struct s\n  struct s size " 16 * blocks
     for (f = 0; f < 4 * blocks; f++)
-        print "    member f" f " int at " 4 * f > "node.dwarf"
-    print "  end\n  subroutine step\n    parameter s pointer S\n  end\nend" > "node.dwarf"
+        print "    member f" f " int at " 4 * f
+    print "  end"
 }
 function line(text) {
     printf "%08x: <step+%d>: %s\n", 268435456 + 4 * n, 4 * n, text > "listing.s"
     n++
-}'
-"$MKDWARF" node.dwarf exe
+}' | scale_node

@@ -1,16 +1,12 @@
 # A chain of 300 structures through pointers: level i holds an int at 0 and
 # a pointer to level i+1 at 4; level 300 holds the int only.
+. "${0%/*}/../../scale_support.sh"
 awk 'BEGIN {
-    depth = 300
-    print "unit node.c\n  typedef S struct p0"
-    for (i = 0; i <= depth; i++) {
-        print "  struct p" i " size 8"
-        print "    member v int at 0"
-        if (i < depth)
+    print "  typedef S struct p0"
+    for (i = 0; i <= 300; i++) {
+        print "  struct p" i " size 8\n    member v int at 0"
+        if (i < 300)
             print "    member next pointer struct p" i + 1 " at 4"
         print "  end"
     }
-    print "  subroutine step\n    parameter s pointer S\n  end\nend"
-}' > node.dwarf
-"$MKDWARF" node.dwarf exe
-printf '10000000: <step>: lwz r9,4(r3)\n10000004: <step+4>: stw r4,0(r9)\n' > listing.s
+}' | scale_node '10000000: <step>: lwz r9,4(r3)' '10000004: <step+4>: stw r4,0(r9)'

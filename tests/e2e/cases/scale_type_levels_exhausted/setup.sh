@@ -1,12 +1,3 @@
-# The parameter's type S reaches int through 10,001 typedefs (T0 to
-# T10000): one level more than the walk follows.
-awk 'BEGIN {
-    levels = 10001
-    print "unit node.c\n  typedef S T0"
-    for (i = 0; i + 1 < levels; i++)
-        print "  typedef T" i " T" i + 1
-    print "  typedef T" levels - 1 " int"
-    print "  subroutine step\n    parameter s pointer S\n  end\nend"
-}' > node.dwarf
-"$MKDWARF" node.dwarf exe
-printf '10000000: <step>: stw r4,0(r3)\n' > listing.s
+# 10,001 nested type levels: one more than the walk follows.
+. "${0%/*}/../../scale_support.sh"
+scale_typedef_chain 10001
