@@ -5,36 +5,20 @@
 #include "propositionhandler.h"
 #include "test_support.h"
 
-TEST(PropositionHandlerTest, RegistrationTracesAndDeclaresTheVariable)
+TEST(PropositionHandlerTest, KnownNamesKeepTheirOperandAndCapacityEndsTheRun)
 {
     RunFixture run(CVC);
     OutputCapture output;
     propositionHandler registry(10);
     EXPECT_EQ(registry.getProposition(0)->constValue(), 1);
-
-    ExpHandle condition = new BinaryExp(EQ, new VarExp(run.symbols().addTN(TN_SYM_REG, "r3")), new ConstExp(0));
-    EXPECT_EQ(registry.setNextProposition(condition), 1);
-    EXPECT_EQ(output.text(), "PPPPPPPPPPPPPP proposition index = 0(Pr3=0)PPPPPPPPPPPPPP \n");
-    EXPECT_EQ(registry.getExp(1).data(), condition.data());
-    ASSERT_TRUE(run.symbols().isIn("p1"));
-    EXPECT_EQ(run.symbols().getTN("p1")->TNType(), TN_LOG_REG);
-
     // A name already in the table keeps its operand; the variable uses it.
     TN* stored = run.symbols().addTN(TN_SYM_REG, "p2");
-    EXPECT_EQ(registry.setNextProposition(new VarExp("c")), 2);
+    for (int i = 1; i <= 9; ++i)
+        EXPECT_EQ(registry.setNextProposition(new ConstExp(i)), i);
     EXPECT_EQ(registry.getProposition(2)->TNValue(), stored);
     output.clear();
     registry.getProposition(2)->print(false, TARGET, true);
     EXPECT_EQ(output.text(), "p2");
-}
-
-TEST(PropositionHandlerTest, CapacityEndsTheRunAfterTheTrace)
-{
-    RunFixture run(CVC);
-    OutputCapture output;
-    propositionHandler registry(10);
-    for (int i = 1; i <= 9; ++i)
-        EXPECT_EQ(registry.setNextProposition(new ConstExp(i)), i);
     output.clear();
     try {
         registry.setNextProposition(new ConstExp(7));
@@ -47,22 +31,19 @@ TEST(PropositionHandlerTest, CapacityEndsTheRunAfterTheTrace)
     EXPECT_FALSE(run.symbols().isIn("p10"));
 }
 
-TEST(PropositionHandlerTest, PrintAllAssertsEachDefinition)
+TEST(PropositionHandlerTest, PrintAllDecidesConstantConditions)
 {
     RunFixture run(CVC);
     OutputCapture output;
-    ExpHandle r3 = new VarExp(run.symbols().addTN(TN_SYM_REG, "r3"));
     ExpHandle a = new VarExp("a");
     ExpHandle b = new VarExp("b");
-    proposition_handler->setNextProposition(new BinaryExp(EQ, r3, new ConstExp(0)));
     proposition_handler->setNextProposition(new TrinaryExp(IF, new ConstExp(1), a, b));
     proposition_handler->setNextProposition(new TrinaryExp(IF, new ConstExp(0), a, b));
     proposition_handler->setNextProposition(new TrinaryExp(IF, new VarExp("c"), a, b));
     output.clear();
     proposition_handler->printAll(&run.symbols());
     EXPECT_EQ(output.text(), "%----------------Proposition Values \n"
-                             "ASSERT p1=(r3=0);\n"
-                             "ASSERT p2=a;\n"
-                             "ASSERT p3=b;\n"
-                             "ASSERT p4= (IF (c) THEN \na ELSE \nb ENDIF) ;\n");
+                             "ASSERT p1=a;\n"
+                             "ASSERT p2=b;\n"
+                             "ASSERT p3= (IF (c) THEN \na ELSE \nb ENDIF) ;\n");
 }

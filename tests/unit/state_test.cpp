@@ -24,7 +24,7 @@ struct StateRun : RunFixture {
 
 } // namespace
 
-TEST(StateTest, WhatAStateTakesFromATransitionAndWhatDeleteInductiveKeeps)
+TEST(StateTest, WhatAStateTakesFromAndGivesToATransition)
 {
     StateRun run;
     Transition t;
@@ -50,6 +50,17 @@ TEST(StateTest, WhatAStateTakesFromATransitionAndWhatDeleteInductiveKeeps)
     EXPECT_FALSE(kept.data().contains("r4"));
     EXPECT_EQ(kept.logicalNumber(), 1);
     EXPECT_EQ(converted.data().size(), 3u);
+
+    // Substitution is sequential, in map order.
+    State s(&run.symbols());
+    s.addVar(run.reg("b"), num(3));
+    s.addVar(run.reg("a"), var("b"));
+    Transition u;
+    u.assign("x", bin(ADD, var("a"), num(1)));
+    s.substituteInTransition(&u);
+    EXPECT_EQ(u.getExp("x")->constValue(), 4);
+    s.substitute("b", num(8));
+    EXPECT_EQ(s.getExp("a")->constValue(), 8);
 }
 
 TEST(StateTest, LookupsThroughFactsAndOperands)
@@ -80,36 +91,18 @@ TEST(StateTest, LookupsThroughFactsAndOperands)
     }
 }
 
-TEST(StateTest, SubstitutionIsSequentialInMapOrder)
-{
-    StateRun run;
-    State s(&run.symbols());
-    s.addVar(run.reg("b"), num(3));
-    s.addVar(run.reg("a"), var("b"));
-    Transition t;
-    t.assign("x", bin(ADD, var("a"), num(1)));
-    s.substituteInTransition(&t);
-    EXPECT_EQ(t.getExp("x")->constValue(), 4);
-    s.substitute("b", num(8));
-    EXPECT_EQ(s.getExp("a")->constValue(), 8);
-}
-
-TEST(StatePrintTest, EmptyStates)
+TEST(StatePrintTest, EmptyStatesEntriesAndFacts)
 {
     StateRun run;
     OutputCapture out;
-    State s(&run.symbols());
-    s.print(&run.symbols(), NOPRIME);
-    s.printCheck(&run.symbols(), NOPRIME);
-    s.addLogical(bin(EQ, var(run.reg("r5")), var(run.reg("r6"))));
-    s.printAssert(&run.symbols(), PRIME);
+    State facts_only(&run.symbols());
+    facts_only.print(&run.symbols(), NOPRIME);
+    facts_only.printCheck(&run.symbols(), NOPRIME);
+    facts_only.addLogical(bin(EQ, var(run.reg("r5")), var(run.reg("r6"))));
+    facts_only.printAssert(&run.symbols(), PRIME);
     EXPECT_EQ(out.text(), "%Empty State \n1=1%Print Logical \nASSERT \n(Pr5=Pr6);\n");
-}
 
-TEST(StatePrintTest, EntriesAndFacts)
-{
-    StateRun run;
-    OutputCapture out;
+    out.clear();
     State s(&run.symbols());
     s.addVar(run.reg("r4"), num(2));
     s.addVar(run.reg("r3"), num(5));
