@@ -7,6 +7,7 @@
 #include <iostream>
 
 #include "basicblock.h"
+#include "misc/trace.h"
 #include "parse.h"
 #include "rawtransition.h"
 #include "symbols.h"
@@ -135,5 +136,5 @@ BasicBlock* basic_block = nullptr;
 
 void yyerror(const char* a_message)
 {
-    std::cout << a_message << " \n";
+    misc::traceOut() << a_message << " \n";
 }

@@ -7,6 +7,7 @@
 #include "dwarf_debug.h"
 #include "memory_name.h"
 #include "misc/stop.h"
+#include "misc/trace.h"
 
 namespace {
 
@@ -47,7 +48,7 @@ bool memberName(const char* a_prev_name, int a_offset, bool a_pointer, std::stri
         return true;
     }
     if (!isMemoryCellName(a_prev_name)) {
-        std::cout << "NOT GOOD in type_table\n";
+        misc::traceOut() << "NOT GOOD in type_table\n";
         return false;
     }
     if (!shiftedMemoryCellName(a_prev_name, a_offset, a_name)) {
@@ -180,7 +181,7 @@ void typeSymbol::updateOffsets()
     for (memberSymbol* member = type->m_first_member; member; member = member->getNext()) {
         std::string key = std::string(type_name ? type_name : "") + "#" + member->getName();
         int offset = dwarf_debug_o.getOffset(key.c_str());
-        std::cout << "Get offset of " << key << ": offset=" << offset << '\n';
+        misc::traceOut() << "Get offset of " << key << ": offset=" << offset << '\n';
         member->setOffset(offset);
     }
 }
@@ -288,7 +289,7 @@ CTn* symbolTable::getSymbol(const char* a_name) const
 
 void symbolTable::print() const
 {
-    std::cout << "@@================\n";
+    misc::traceOut() << "@@================\n";
     for (const auto& entry : m_symbol_table)
-        std::cout << "@@" << entry.first << " " << entry.second->getVariableName() << '\n';
+        misc::traceOut() << "@@" << entry.first << " " << entry.second->getVariableName() << '\n';
 }

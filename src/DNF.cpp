@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "misc/stop.h"
+#include "misc/trace.h"
 
 bool DNF::add(const Clause& a_clause)
 {
@@ -38,7 +39,7 @@ bool DNF::remove(iterator a_position)
 bool DNF::isIn(const Clause& a_clause) const
 {
     for (const Clause& clause : m_clauses) {
-        std::cout << " From isIn DNF \n";
+        misc::traceOut() << " From isIn DNF \n";
         if (clause == a_clause)
             return true;
     }

@@ -3,12 +3,13 @@
 #include <iostream>
 
 #include "common.h"
+#include "misc/trace.h"
 #include "parse.h"
 #include "symbols.h"
 
 Assertion::Assertion()
 {
-    std::cout << "LAST=0\n";
+    misc::traceOut() << "LAST=0\n";
 }
 
 void Assertion::addAssertion(const ExpHandle& a_exp)
@@ -23,11 +24,11 @@ void Assertion::printAll()
 {
     // Printing an assertion prints comparisons, which must not add more.
     no_more = true;
-    std::cout << "=*=*=*=*=*=*=*=*=*= print all " << last << '\n';
+    misc::traceOut() << "=*=*=*=*=*=*=*=*=*= print all " << last << '\n';
     std::ostream& out = *getOutFile();
     system_t side = parse_symbol_table ? parse_symbol_table->getSystem() : TARGET;
     for (int i = 0; i < last; ++i) {
-        std::cout << "inserts " << i << '\n';
+        misc::traceOut() << "inserts " << i << '\n';
         out << assertStr();
         assertions[i]->print(false, side, false);
         out << endStr() << '\n';

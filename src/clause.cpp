@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "misc/stop.h"
+#include "misc/trace.h"
 #include "propositionhandler.h"
 
 bool operator==(intBool a_left, intBool a_right)
@@ -54,7 +55,7 @@ bool Clause::andClause(int a_id, bool a_bool)
             if (it->m_bool == a_bool)
                 return true;
             // p and not p: nothing satisfies the clause any more.
-            std::cout << " Clear\n";
+            misc::traceOut() << " Clear\n";
             m_proposition.clear();
             return false;
         }

@@ -5,6 +5,7 @@
 
 #include "assertion.h"
 #include "expression.h"
+#include "misc/trace.h"
 
 namespace {
 
@@ -158,15 +159,15 @@ void BinaryExp::addComparisonAssertion()
     ExpHandle tie;
     switch (m_operator) {
     case GT:
-        std::cerr << "AddAssertion here 1\n";
+        misc::traceErr() << "AddAssertion here 1\n";
         tie = new BinaryExp(GE, l_operand, new BinaryExp(ADD, r_operand, one));
         break;
     case LT:
-        std::cerr << "AddAssertion here 2\n";
+        misc::traceErr() << "AddAssertion here 2\n";
         tie = new BinaryExp(GE, r_operand, new BinaryExp(ADD, l_operand, one));
         break;
     default:
-        std::cerr << "AddAssertion here 3\n";
+        misc::traceErr() << "AddAssertion here 3\n";
         tie = new BinaryExp(GT, l_operand, new BinaryExp(SUB, r_operand, one));
         break;
     }

@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "misc/stop.h"
+#include "misc/trace.h"
 #include "type_table.h"
 
 namespace {
@@ -45,7 +46,7 @@ void Transition::initTransition()
 
 void Transition::resetValues()
 {
-    std::cout << "RESETED!!!\n";
+    misc::traceOut() << "RESETED!!!\n";
     for (auto& entry : m_data)
         entry.second = new VarExp(entry.first.c_str());
 }
@@ -230,7 +231,7 @@ void Transition::printAll(bool a_prime, bool a_debug)
     if (m_data.empty())
         out << "1=1" << endStr() << '\n';
     for (const auto& entry : m_data) {
-        std::cout << entry.first << '\n';
+        misc::traceOut() << entry.first << '\n';
         out << checkStr() << mark << entry.first << "=";
         entry.second->print(false, SOURCE, false);
         out << "\n\n" << endStr() << '\n';

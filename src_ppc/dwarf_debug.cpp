@@ -8,6 +8,7 @@
 #include "common.h"
 #include "memory_name.h"
 #include "misc/stop.h"
+#include "misc/trace.h"
 #include "parse.h"
 #include "swap.h"
 #include "symbols.h"
@@ -121,7 +122,7 @@ void dwarf_debug::readDwarf(std::istream& a_exe_file, const char* a_path)
 
     const Elf32_Shdr& names = section_header[shstrndx];
     const std::uint64_t names_size = bigEndianWord(&names.sh_size);
-    std::cout << "---strtable malloc of " << names_size << '\n';
+    misc::traceOut() << "---strtable malloc of " << names_size << '\n';
     if (names_size > file_size)
         corrupt();
     strtable.resize(names_size);
@@ -371,18 +372,18 @@ char* dwarf_debug::getCompilationUnit(char* a_entry, const char* a_name)
     std::size_t offset = a_entry ? offsetOf(a_entry) : 0;
     while (fits(offset, 4)) {
         std::uint32_t size = wordAt(offset);
-        std::cout << "Entry=" << offset << ", GetSize(entry)=" << size << ", while PREFIX SIZE is" << 5 << '\n';
-        std::cout << "DWARFSize=" << getDwarfSize() << " m_debug_table size=" << getDwarfSize() << ", together "
+        misc::traceOut() << "Entry=" << offset << ", GetSize(entry)=" << size << ", while PREFIX SIZE is" << 5 << '\n';
+        misc::traceOut() << "DWARFSize=" << getDwarfSize() << " m_debug_table size=" << getDwarfSize() << ", together "
                   << std::uint64_t(offset) + size << '\n';
         if (size <= 5 || !fits(offset, size))
             break;
         dwarf_tag tag = getTag(at(offset));
-        std::cout << "We are here and this is good, TAG_compile_unit is " << TAG_compile_unit
+        misc::traceOut() << "We are here and this is good, TAG_compile_unit is " << TAG_compile_unit
                   << ", getTag(entry)=" << tag << '\n';
         if (tag == TAG_compile_unit) {
             const char* name = getAttributeValueS(AT_name, at(offset));
-            std::cout << "TAG_unit\n";
-            std::cout << "STR=" << name << ", while name=" << a_name << '\n';
+            misc::traceOut() << "TAG_unit\n";
+            misc::traceOut() << "STR=" << name << ", while name=" << a_name << '\n';
             if (std::strcmp(name, a_name) == 0)
                 return at(offset);
         }
@@ -540,10 +541,10 @@ void dwarf_debug::mapMember(char* a_entry, const char* a_struct_name, const char
         // A structure held by value flattens into its container's cell.
         if (!shiftedMemoryCellName(a_var_c_name, offset, c_name) ||
             !shiftedMemoryCellName(a_var_a_name, offset, a_name)) {
-            std::cout << "NOT GOOD in dwarf\n";
+            misc::traceOut() << "NOT GOOD in dwarf\n";
             return;
         }
-        std::cout << " PREV C NAME=" << a_var_c_name << " +offset " << offset << ", we get " << c_name << '\n';
+        misc::traceOut() << " PREV C NAME=" << a_var_c_name << " +offset " << offset << ", we get " << c_name << '\n';
     }
 
     if (checkAttribute(AT_mod_u_d_type, a_entry)) {
@@ -592,7 +593,7 @@ int dwarf_debug::getOffset(const char* a_type_field_pair)
 {
     type_field_offsets::const_iterator found = type_field_offset_table.find(a_type_field_pair);
     if (found == type_field_offset_table.end()) {
-        std::cout << "NOT FOUND!! -" << a_type_field_pair << "=" << '\n';
+        misc::traceOut() << "NOT FOUND!! -" << a_type_field_pair << "=" << '\n';
         return -1;
     }
     return found->second;

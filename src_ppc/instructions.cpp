@@ -9,6 +9,7 @@
 #include "common.h"
 #include "machine.h"
 #include "misc/stop.h"
+#include "misc/trace.h"
 #include "propositionhandler.h"
 
 namespace {
@@ -140,7 +141,7 @@ void Machine::translate_opcode(Transition* a_transition, TN** a_operands, TOP a_
         return;
     }
 
-    std::cout << '\n' << '\n' << "Translating Opcode " << topName(a_operation) << '\n';
+    misc::traceOut() << '\n' << '\n' << "Translating Opcode " << topName(a_operation) << '\n';
     if (!isBranch(a_operation)) {
         DNF gathered = getAnnotation(step.m_id);
         DNF previous = getAndDeleteFirstAnnotation();
@@ -178,20 +179,20 @@ void Machine::translate_opcode(Transition* a_transition, TN** a_operands, TOP a_
         step.assignOperand(1, binary(DIV, step.E(2), step.E(3)));
         break;
     case andc: {
-        std::cerr << "in translate_opcode with opcode andc" << '\n';
+        misc::traceErr() << "in translate_opcode with opcode andc" << '\n';
         ExpHandle old = step.byName(step.N(1));
         ExpHandle value = binary(ANDC, step.byName(step.N(2)), step.byName(step.N(3)));
         step.assign(step.N(1), value, old);
         break;
     }
     case neg: {
-        std::cerr << "in translate_opcode with opcode = neg" << '\n';
+        misc::traceErr() << "in translate_opcode with opcode = neg" << '\n';
         ExpHandle old = step.byName(step.N(1));
         step.assign(step.N(1), new UnaryExp(NEG, step.byName(step.N(2))), old);
         break;
     }
     case cntlzw:
-        std::cerr << "in translate_opcode with opcode cntlzw" << '\n';
+        misc::traceErr() << "in translate_opcode with opcode cntlzw" << '\n';
         step.assignOperand(1, new UnaryExp(CNTLZW, step.E(2)));
         break;
     case orx:
@@ -299,7 +300,7 @@ Machine::MemoryAccess Machine::memoryAccess(Step& a_step, bool a_store)
     }
     ExpHandle base = a_step.E(3);
     if (!a_store)
-        std::cout << "Type of expression is " << base->m_type << '\n';
+        misc::traceOut() << "Type of expression is " << base->m_type << '\n';
     if (base->m_type == VAR_EXP) {
         access.kind = MemoryAccess::SINGLE;
         access.cell = cellOfBase(a_step, base);
@@ -312,7 +313,7 @@ Machine::MemoryAccess Machine::memoryAccess(Step& a_step, bool a_store)
     } else if (!a_store && base->isIf()) {
         // A load through a conditional of other values reads nothing.
     } else {
-        std::cout << (a_store ? "ERROR:  Currently is not supported!!" : "ERROR : Currently is not supported!!")
+        misc::traceOut() << (a_store ? "ERROR:  Currently is not supported!!" : "ERROR : Currently is not supported!!")
                   << '\n';
         access.kind = MemoryAccess::SINGLE;
         access.cell = memoryVar(a_step.operand(2));
@@ -339,10 +340,10 @@ void Machine::translateStore(Step& a_step, bool a_update)
 void Machine::translateLoad(Step& a_step, TOP a_operation)
 {
     if (a_operation == lfs)
-        std::cout << "Operand1=" << a_step.N(1) << '\n'
+        misc::traceOut() << "Operand1=" << a_step.N(1) << '\n'
                   << "Operand2=" << a_step.V(2) << '\n'
                   << "Operand3=" << a_step.N(3) << '\n';
-    std::cout << "Operand111=" << a_step.N(1) << '\n'
+    misc::traceOut() << "Operand111=" << a_step.N(1) << '\n'
               << "Operand2=" << a_step.V(2) << '\n'
               << "Operand3=" << a_step.N(3) << '\n';
     MemoryAccess access = memoryAccess(a_step, false);
@@ -402,16 +403,16 @@ void Machine::translateUnsignedCompare(Step& a_step)
 
 void Machine::translateCopyConditionRegister(Step& a_step)
 {
-    std::cerr << "In translate_opcode, opcode is mfcr." << '\n'
+    misc::traceErr() << "In translate_opcode, opcode is mfcr." << '\n'
               << "Assiging to " << a_step.N(1) << '\n'
               << "Creating bit array vector..." << '\n';
     std::vector<ExpHandle> bits;
     bits.reserve(32);
     for (const char* bit : CR_register) {
-        std::cout << " CR NAME " << bit << '\n';
+        misc::traceOut() << " CR NAME " << bit << '\n';
         bits.push_back(new TrinaryExp(IF, a_step.byName(bit), constant(1), constant(0)));
     }
-    std::cout << "TNname = " << a_step.N(1) << '\n';
+    misc::traceOut() << "TNname = " << a_step.N(1) << '\n';
     a_step.assign(a_step.N(1), new BitArrayExp(bits), a_step.byName(a_step.N(1)));
 }
 
@@ -419,7 +420,7 @@ bool Machine::isBackBranch(int a_id, int a_target_id) const
 {
     if (a_target_id > a_id)
         return false;
-    std::cout << "CRASH - back branch " << a_id << '\n';
+    misc::traceOut() << "CRASH - back branch " << a_id << '\n';
     return true;
 }
 
@@ -431,7 +432,7 @@ void Machine::translateConditionalBranch(Step& a_step)
         return;
     // Taken when the bit is true for BO 8 and above, when it is false below.
     bool polarity = a_step.V(1) > 7;
-    std::cout << " tn name =" << a_step.N(2) << '\n';
+    misc::traceOut() << " tn name =" << a_step.N(2) << '\n';
     TN* bit = m_parse_symbol_table->getTN(CR_register[a_step.V(2)]);
     ExpHandle condition = bit ? a_step.m_transition->getExp(bit) : a_step.byName(CR_register[a_step.V(2)]);
     int proposition = proposition_handler->setNextProposition(condition);
@@ -462,7 +463,7 @@ void Machine::translateBranch(Step& a_step)
 
 void Machine::translateReturn(Step& a_step)
 {
-    std::cerr << "AAAAAA!!!!" << '\n';
+    misc::traceErr() << "AAAAAA!!!!" << '\n';
     getAnnotation(a_step.m_id);
     getAndDeleteFirstAnnotation();
     setAnnotation(Annotation(a_step.m_id, DNF(false)), false);

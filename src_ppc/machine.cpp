@@ -8,6 +8,7 @@
 
 #include "common.h"
 #include "memory_name.h"
+#include "misc/trace.h"
 
 const char* const CR_register[32] = {"cr00", "cr01", "cr02", "cr03", "cr04", "cr05", "cr06", "cr07",
                                      "cr08", "cr09", "cr10", "cr11", "cr12", "cr13", "cr14", "cr15",
@@ -96,7 +97,7 @@ ExpHandle Machine::mayBeIf(bool, bool, const ExpHandle& a_cond, const ExpHandle&
 
 bool Machine::isSp(const TN* a_tn) const
 {
-    std::cout << "DEBUG From isSp : " << a_tn->TNName() << '\n';
+    misc::traceOut() << "DEBUG From isSp : " << a_tn->TNName() << '\n';
     return std::strcmp(a_tn->TNName(), "r1") == 0;
 }
 
@@ -111,7 +112,7 @@ TN* Machine::memoryVar(const TN* a_tn)
 {
     long displacement = a_tn->TNValue();
     if (displacement < 0) {
-        std::cout << "**Added oldSp since " << displacement << '\n';
+        misc::traceOut() << "**Added oldSp since " << displacement << '\n';
         return m_parse_symbol_table->addTN(new TN(TN_SYMBOL, OLD_STACK_POINTER));
     }
     std::string name = memoryCellName(displacement);
@@ -127,7 +128,7 @@ TN* Machine::memoryVar(const TN* a_tn, const char* a_base_name)
 {
     long displacement = a_tn->TNValue();
     if (displacement < 0) {
-        std::cout << "**Added oldSp since " << displacement << '\n';
+        misc::traceOut() << "**Added oldSp since " << displacement << '\n';
         return m_parse_symbol_table->addTN(new TN(TN_SYMBOL, OLD_STACK_POINTER));
     }
     std::string name = memoryCellName(displacement, a_base_name);
@@ -136,12 +137,12 @@ TN* Machine::memoryVar(const TN* a_tn, const char* a_base_name)
 
 TN* Machine::stackVar(const TN* a_tn)
 {
-    std::cout << "From StackVar " << a_tn->TNName() << '\n';
+    misc::traceOut() << "From StackVar " << a_tn->TNName() << '\n';
     long displacement = a_tn->TNValue();
     if (displacement < 0)
         return m_parse_symbol_table->addTN(new TN(TN_SYMBOL, OLD_STACK_POINTER));
     std::string name = "STACK" + std::to_string(displacement);
-    std::cout << "stack variable name is" << name << '\n';
+    misc::traceOut() << "stack variable name is" << name << '\n';
     TN* cell = m_parse_symbol_table->addTN(new TN(TN_SYMBOL, name.c_str()));
     cell->setIsAddress(true);
     return cell;

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "machine.h"
+#include "misc/trace.h"
 
 namespace {
 
@@ -96,11 +97,11 @@ ExpHandle rotateAndMask(long a_from, long a_to, long a_rotation_amount, const Ex
         // The source bit that the rotation brings to the one bit of the mask.
         const long idx = (a_from + a_rotation_amount) % REGISTER_SIZE_IN_BITS;
         if (a_exp->m_type == BIT_ARRAY_EXP) {
-            std::cerr << "Special case : bit array \n";
+            misc::traceErr() << "Special case : bit array \n";
             return a_exp->operand(static_cast<int>(idx));
         }
         if (a_exp->m_operator == ANDC && idx == 0) {
-            std::cerr << "Special case : bit ANDC \n";
+            misc::traceErr() << "Special case : bit ANDC \n";
             return get_sign_bit_andc(a_exp->operand(2), a_exp->operand(1));
         }
         if (a_exp->isIf()) {
@@ -120,12 +121,12 @@ ExpHandle rotateAndMask(long a_from, long a_to, long a_rotation_amount, const Ex
     // is 32 exactly when the value is 0.
     if (a_from == 5 && a_to == 31 && a_rotation_amount == 27) {
         if (a_exp->m_operator == CNTLZW) {
-            std::cerr << "Special case : CNTLZW \n";
+            misc::traceErr() << "Special case : CNTLZW \n";
             ExpHandle is_zero = new BinaryExp(EQ, a_exp->operand(1), new ConstExp(0));
             return new TrinaryExp(IF, is_zero, new ConstExp(1), new ConstExp(0));
         }
         if (a_exp->isIf()) {
-            std::cerr << "IF special case : CNTLZW \n";
+            misc::traceErr() << "IF special case : CNTLZW \n";
             ExpHandle result = ownConditional(a_exp);
             result->setOperand(2, rotateAndMask(5, 31, 27, result->operand(2)));
             result->setOperand(3, rotateAndMask(5, 31, 27, result->operand(3)));
