@@ -17,7 +17,9 @@ install_missing() {
     command -v make >/dev/null 2>&1 || missing="$missing make"
     command -v flex >/dev/null 2>&1 || missing="$missing flex"
     command -v bison >/dev/null 2>&1 || missing="$missing bison"
+    command -v pkg-config >/dev/null 2>&1 || missing="$missing pkg-config"
     [ -f /usr/include/gtest/gtest.h ] || missing="$missing libgtest-dev"
+    [ -f /usr/include/elfutils/libdw.h ] || missing="$missing libdw-dev"
     if [ "${1:-}" = fuzz ]; then
         command -v clang++ >/dev/null 2>&1 || missing="$missing clang"
         ls /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a >/dev/null 2>&1 ||
