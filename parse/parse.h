@@ -65,6 +65,8 @@ void startScanner(FILE* a_listing, const char* a_name = nullptr);
 int yylex();
 // Number of the line the scanner stands on (1 + newlines consumed).
 int scannerLine();
+// The line on which the last address column was read.
+int scannerAddressLine();
 // Releases the scanner's buffers and the names it handed out.
 void resetScanner();
 

@@ -7,6 +7,7 @@
 #include <iostream>
 
 #include "basicblock.h"
+#include "listing_program.h"
 #include "misc/trace.h"
 #include "parse.h"
 #include "rawtransition.h"
@@ -34,6 +35,24 @@ static void addConstant(long a_value)
 static void addNamed(const char* a_name)
 {
     raw_transition.addOperand(*parse_symbol_table->addTN(TN_SYM_REG, a_name));
+}
+
+static void addAddress(const char* a_symbol, long a_offset)
+{
+    addConstant(a_offset);
+    listing_program.addAddress(a_symbol, a_offset);
+}
+
+static void beginInstruction(TOP a_opcode)
+{
+    raw_transition.addOperation(a_opcode);
+    listing_program.setOpcode(a_opcode);
+}
+
+static void endInstruction()
+{
+    raw_transition.endOperation();
+    listing_program.endLine();
 }
 %}
 
@@ -88,45 +107,50 @@ Lines
     ;
 
 Line
-    : HEXNUM SEMICOLON Pc_address SEMICOLON Instruction { yydebug = 0; }
-    | HEXNUM Pc_address SEMICOLON Instruction { yydebug = 0; }
+    : LineStart SEMICOLON Pc_address SEMICOLON Instruction { yydebug = 0; }
+    | LineStart Pc_address SEMICOLON Instruction { yydebug = 0; }
+    ;
+
+/* The address column: where the instruction is, and on which line. */
+LineStart
+    : HEXNUM { listing_program.beginLine(scannerAddressLine(), static_cast<unsigned long>($1)); }
     ;
 
 Instruction
     : OPCODE
       {
           /* No operands: translated with its address alone. */
-          raw_transition.addOperation($1);
-          raw_transition.endOperation();
+          beginInstruction($1);
+          endInstruction();
       }
-    | OPCODE { raw_transition.addOperation($1); } Operands
+    | OPCODE { beginInstruction($1); } Operands
     ;
 
 /* Right recursion: the first form is reduced for the last operand, once
    every operand of the line is in. */
 Operands
-    : Operand { raw_transition.endOperation(); }
+    : Operand { endInstruction(); }
     | Operand COMMA Operands
     ;
 
 /* A lone name is always a named operand, never an address. */
 Operand
-    : SYMBOL { addNamed($1); }
-    | NUM { addConstant($1); }
-    | NUM LEFTP SYMBOL RIGHTP { addConstant($1); addNamed($3); }
+    : SYMBOL { addNamed($1); listing_program.addName($1); }
+    | NUM { addConstant($1); listing_program.addNumber($1); }
+    | NUM LEFTP SYMBOL RIGHTP { addConstant($1); addNamed($3); listing_program.addDisplacement($1, $3); }
     | Address
     ;
 
 /* A symbolic address contributes only its offset, as a constant operand. */
 Pc_address
     : Address { $$ = $1; }
-    | SYMBOL { addConstant(0); $$ = 0; }
+    | SYMBOL { addAddress($1, 0); $$ = 0; }
     ;
 
 Address
-    : LT_SIGN SYMBOL PLUS NUM GT_SIGN { addConstant($4); $$ = $4; }
-    | LT_SIGN SYMBOL GT_SIGN { addConstant(0); $$ = 0; }
-    | SYMBOL PLUS NUM { addConstant($3); $$ = $3; }
+    : LT_SIGN SYMBOL PLUS NUM GT_SIGN { addAddress($2, $4); $$ = $4; }
+    | LT_SIGN SYMBOL GT_SIGN { addAddress($2, 0); $$ = 0; }
+    | SYMBOL PLUS NUM { addAddress($1, $3); $$ = $3; }
     ;
 
 %%

@@ -43,8 +43,9 @@ void RawTransition::addOperation(TOP a_opcode)
 
 void RawTransition::endOperation()
 {
-    machine.translate_opcode(m_transition.get(), m_operands, m_operation, m_operands_count, m_destination_count,
-                             m_destination);
+    if (m_translating)
+        machine.translate_opcode(m_transition.get(), m_operands, m_operation, m_operands_count,
+                                 m_destination_count, m_destination);
     m_operands_count = 0;
     m_destination_count = 0;
     m_destination = true;
@@ -59,6 +60,7 @@ void RawTransition::addPredicatedAssignment(unsigned, const char*, ExpHandle)
 
 void RawTransition::clear()
 {
+    m_translating = true;
     m_transition.reset();
     m_operands_count = 0;
     m_destination_count = 0;

@@ -24,6 +24,9 @@ public:
     void addOperand(TN& a_operand);
     void addOperation(TOP a_opcode);
     void endOperation();
+    // Whether endOperation hands the instruction to the translator; the
+    // exact translation reads the recorded listing instead.
+    void setTranslating(bool a_translating) { m_translating = a_translating; }
     Transition* getTransition() { return m_transition.get(); }
     // Drops the transition (a new run starts with initRawTransition).
     void clear();
@@ -37,6 +40,7 @@ private:
     int m_operands_count = 0;
     int m_destination_count = 0;
     bool m_destination = true;
+    bool m_translating = true;
     std::unique_ptr<Transition> m_transition;
 };
 
