@@ -124,21 +124,32 @@ bool skipPrintIf()
     return m_noIf;
 }
 
-char commentChar() { return comment[output_format]; }
-const char* assertStr() { return assertStrs[output_format]; }
-const char* checkStr() { return checkStrs[output_format]; }
-const char* andCheckStr() { return andCheckStrs[output_format]; }
-const char* endStr() { return endStrs[output_format]; }
-const char* andStr() { return andStrs[output_format]; }
-const char* orStr() { return orStrs[output_format]; }
-const char* notStr() { return notStrs[output_format]; }
-const char* ifStr() { return ifStrs[output_format]; }
-const char* thenStr() { return thenStrs[output_format]; }
-const char* elseStr() { return elseStrs[output_format]; }
-const char* endIfStr() { return endIfStrs[output_format]; }
-const char* addressStr() { return addressStrs[output_format]; }
-const char* ptrSignStr() { return ptrSignStrs[output_format]; }
-const char* fieldSignStr() { return fieldSignStrs[output_format]; }
+namespace {
+
+// The keyword of the current syntax; SMT-LIB 2 has none of these.
+const char* keyword(const char* const* a_table)
+{
+    VELCOR_ASSERT(output_format < MAX_FORMAT);
+    return a_table[output_format];
+}
+
+} // namespace
+
+char commentChar() { return output_format == SMT2 ? ';' : comment[output_format]; }
+const char* assertStr() { return keyword(assertStrs); }
+const char* checkStr() { return keyword(checkStrs); }
+const char* andCheckStr() { return keyword(andCheckStrs); }
+const char* endStr() { return keyword(endStrs); }
+const char* andStr() { return keyword(andStrs); }
+const char* orStr() { return keyword(orStrs); }
+const char* notStr() { return keyword(notStrs); }
+const char* ifStr() { return keyword(ifStrs); }
+const char* thenStr() { return keyword(thenStrs); }
+const char* elseStr() { return keyword(elseStrs); }
+const char* endIfStr() { return keyword(endIfStrs); }
+const char* addressStr() { return keyword(addressStrs); }
+const char* ptrSignStr() { return keyword(ptrSignStrs); }
+const char* fieldSignStr() { return keyword(fieldSignStrs); }
 
 void putAndStr()
 {

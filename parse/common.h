@@ -6,7 +6,10 @@
 
 #include <ostream>
 
-enum output_format_t { ICS = 0, CVC = 1, TLV = 2, MAX_FORMAT = 3 };
+// The three checker languages of the keyword tables, then SMT-LIB 2, whose
+// exact obligations have their own writer (smt2_output) and share only the
+// frame: its comment character is ";".
+enum output_format_t { ICS = 0, CVC = 1, TLV = 2, MAX_FORMAT = 3, SMT2 = 4 };
 
 // The side of the comparison a name belongs to: source names print with "s".
 enum system_t { TARGET = 0, SOURCE = 1 };

@@ -14,11 +14,14 @@
 #include "basicblock.h"
 #include "common.h"
 #include "dwarf_debug.h"
+#include "exact_translator.h"
+#include "listing_program.h"
 #include "machine.h"
 #include "misc/stop.h"
 #include "parse.h"
 #include "propositionhandler.h"
 #include "rawtransition.h"
+#include "smt2_output.h"
 #include "symbols.h"
 #include "type_table.h"
 
@@ -109,6 +112,8 @@ void readOptions(int argc, char** argv, CommandLine& a_line, std::ifstream& a_ex
             setOutFormat(TLV);
         } else if (!std::strcmp(option, "-ics")) {
             setOutFormat(ICS);
+        } else if (!std::strcmp(option, "-smt2")) {
+            setOutFormat(SMT2);
         } else if (!std::strcmp(option, "-d")) {
             a_line.executable = argv[++i];
             std::cout << "executable file (dump) = " << a_line.executable << '\n';
@@ -142,6 +147,98 @@ struct ListingFile {
     }
 };
 
+// What stands between the marks of each section, in one syntax or another.
+class SectionContents {
+public:
+    virtual ~SectionContents() = default;
+    virtual void header() = 0;
+    virtual void transition() = 0;
+    virtual void propositions() = 0;
+    virtual void unequalities() = 0;
+    virtual void mapping() = 0;
+};
+
+// The four sections with their marks and banners, whatever the syntax.
+void writeSections(SectionContents& a_contents)
+{
+    markedLine("BEGIN-COMMON-HEADER");
+    a_contents.header();
+    markedLine("END-COMMON-HEADER");
+
+    markedLine("BEGIN-ASSERTS");
+    markedLine("---Target Transition ");
+    banner(35, "* NOW PRINTING TRANSITION ....... *");
+    a_contents.transition();
+    banner(35, "* NOW PRINTING PROPOSITIONS ..... *");
+    a_contents.propositions();
+    markedLine("END-ASSERTS");
+
+    banner(35, "* NOW PRINTING UNEQUALITIES ..... *");
+    markedLine("BEGIN-UNEQUALITIES");
+    a_contents.unequalities();
+    markedLine("END-UNEQUALITIES");
+
+    banner(35, "* NOW PRINTING MAPPING........... *");
+    markedLine("BEGIN-MAPPING");
+    a_contents.mapping();
+    markedLine("END-MAPPING");
+}
+
+// CVC, TLV and ICS: the block's transition and the tables of the run.
+class ClassicContents : public SectionContents {
+public:
+    explicit ClassicContents(BasicBlock* a_block) : m_block(a_block) {}
+
+    void header() override
+    {
+        print_uninterpreted_function_declarations();
+        parse_symbol_table->print();
+        *getOutFile() << "C_ : REAL;\n";
+    }
+    void transition() override
+    {
+        dwarf_debug_o.addVars(m_block->getTransition());
+        commonAssertions.resetMore();
+        *getOutFile() << assertStr();
+        m_block->print(parse_symbol_table, true);
+    }
+    void propositions() override
+    {
+        commonAssertions.setMore();
+        proposition_handler->printAll(parse_symbol_table);
+    }
+    void unequalities() override
+    {
+        commonAssertions.resetMore();
+        commonAssertions.printAll();
+    }
+    void mapping() override
+    {
+        dwarf_debug_o.print();
+        dwarf_debug_o.printStructAsserts();
+        if (parse_symbol_table->isIn("r3"))
+            *getOutFile() << "ASSERT r3=C_;\n";
+    }
+
+private:
+    BasicBlock* m_block;
+};
+
+// SMT-LIB 2: the exact translation of the recorded listing.
+class ExactContents : public SectionContents {
+public:
+    explicit ExactContents(Smt2Output& a_output) : m_output(a_output) {}
+
+    void header() override { m_output.writeDeclarations(); }
+    void transition() override { m_output.writeTransition(); }
+    void propositions() override { m_output.writePropositions(); }
+    void unequalities() override {}
+    void mapping() override { m_output.writeMapping(); }
+
+private:
+    Smt2Output& m_output;
+};
+
 int run(int argc, char** argv)
 {
     if (argc - 1 < 8)
@@ -163,10 +260,20 @@ int run(int argc, char** argv)
     setOutFile("a_stdout");
     if (!outFileIsOpen())
         stopRun("Cannot create output file a_stdout0\n");
+    const bool exact = getOutFormat() == SMT2;
+    if (exact)
+        Smt2Output::writeLogic(*getOutFile());
 
     parse_basic_blocks = new BasicBlock*[MAX_BASIC_BLOCKS]();
     parse_symbol_table = new Symbols(TARGET);
-    machine.init(parse_symbol_table);
+    // The exact translation reads the recorded listing after the parse; the
+    // older one translates each line as the parser reads it.
+    if (exact) {
+        listing_program.setRecording(true);
+        raw_transition.setTranslating(false);
+    } else {
+        machine.init(parse_symbol_table);
+    }
 
     banner(35, "* READING DWARF INFO...           *");
     dwarf_debug_o.readDwarf(executable, line.executable);
@@ -180,43 +287,22 @@ int run(int argc, char** argv)
                 "\n");
     banner(38, "* PARSING DONE. NOW PRINTING SYMBOLS *");
 
-    BasicBlock* block = parse_basic_blocks[0];
-    std::ostream& out = *getOutFile();
-    markedLine("BEGIN-COMMON-HEADER");
-    print_uninterpreted_function_declarations();
-    parse_symbol_table->print();
-    out << "C_ : REAL;\n";
-    markedLine("END-COMMON-HEADER");
-
-    markedLine("BEGIN-ASSERTS");
-    markedLine("---Target Transition ");
-    banner(35, "* NOW PRINTING TRANSITION ....... *");
-    dwarf_debug_o.addVars(block->getTransition());
-    commonAssertions.resetMore();
-    out << assertStr();
-    block->print(parse_symbol_table, true);
-    banner(35, "* NOW PRINTING PROPOSITIONS ..... *");
-    commonAssertions.setMore();
-    proposition_handler->printAll(parse_symbol_table);
-    markedLine("END-ASSERTS");
-
-    banner(35, "* NOW PRINTING UNEQUALITIES ..... *");
-    markedLine("BEGIN-UNEQUALITIES");
-    commonAssertions.resetMore();
-    commonAssertions.printAll();
-    markedLine("END-UNEQUALITIES");
-
-    banner(35, "* NOW PRINTING MAPPING........... *");
-    markedLine("BEGIN-MAPPING");
-    dwarf_debug_o.print();
-    dwarf_debug_o.printStructAsserts();
-    if (parse_symbol_table->isIn("r3"))
-        out << "ASSERT r3=C_;\n";
-    markedLine("END-MAPPING");
+    if (exact) {
+        smt::TermTable terms;
+        ExactContext context(terms, nullptr);
+        ExactTranslator translator(context, line.listing);
+        ExactResult result = translator.translate(listing_program.instructions());
+        Smt2Output output(terms, context, result, dwarf_debug_o, *getOutFile());
+        ExactContents contents(output);
+        writeSections(contents);
+    } else {
+        ClassicContents contents(parse_basic_blocks[0]);
+        writeSections(contents);
+    }
 
     banner(32, "* DONE PROCESSING. CLEANING-should be done... *");
     banner(13, "* ALL DONE! *");
-    out.flush();
+    getOutFile()->flush();
     return 0;
 }
 
@@ -245,6 +331,7 @@ int runVelcor(int argc, char** argv)
 void resetRunState()
 {
     raw_transition.clear();
+    listing_program.clear();
     delete basic_block;
     basic_block = nullptr;
     delete[] parse_basic_blocks;

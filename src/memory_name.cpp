@@ -37,3 +37,27 @@ std::int32_t addOffsets(std::int32_t a_left, std::int32_t a_right)
 {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(a_left) + static_cast<std::uint32_t>(a_right));
 }
+
+bool readMemoryCellName(const std::string& a_name, std::vector<std::int32_t>& a_offsets, std::string& a_base)
+{
+    // Peels "MEM[k+" from the front and "]" from the back, one level a time.
+    std::vector<std::int32_t> outer_first;
+    std::size_t begin = 0;
+    std::size_t end = a_name.size();
+    while (end - begin > 5 && a_name.compare(begin, 4, "MEM[") == 0 && a_name[end - 1] == ']') {
+        const char* text = a_name.c_str() + begin + 4;
+        char* after = nullptr;
+        long number = std::strtol(text, &after, 10);
+        if (after == text || *after != '+' || number < std::numeric_limits<std::int32_t>::min() ||
+            number > std::numeric_limits<std::int32_t>::max())
+            return false;
+        outer_first.push_back(static_cast<std::int32_t>(number));
+        begin = static_cast<std::size_t>(after - a_name.c_str()) + 1;
+        end -= 1;
+    }
+    if (outer_first.empty() || begin >= end || a_name.compare(begin, 4, "MEM[") == 0)
+        return false;
+    a_base = a_name.substr(begin, end - begin);
+    a_offsets.assign(outer_first.rbegin(), outer_first.rend());
+    return true;
+}

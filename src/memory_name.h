@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 std::string memoryCellName(long a_offset);
 std::string memoryCellName(long a_offset, const std::string& a_base);
@@ -18,6 +19,11 @@ bool isMemoryCellName(const char* a_name);
 // The cell a_offset bytes further into the cell a_name ("MEM[n+R" becomes
 // "MEM[n+offset+R"); false when a_name is not of that form.
 bool shiftedMemoryCellName(const char* a_name, std::int32_t a_offset, std::string& a_result);
+
+// Reads a name "MEM[k+B]" back: a_offsets gets the offsets from the
+// innermost cell out (MEM[0+MEM[16+C_]] gives 16, 0), a_base the name the
+// innermost offset is added to ("C_"). False for any other form.
+bool readMemoryCellName(const std::string& a_name, std::vector<std::int32_t>& a_offsets, std::string& a_base);
 
 // Offsets add with 32-bit wrap-around, as the names print them.
 std::int32_t addOffsets(std::int32_t a_left, std::int32_t a_right);

@@ -1,0 +1,78 @@
+// The exact translation of a node: its instructions become one transition
+// from the state before the code to the state after it, as bit-precise
+// terms. Control flow is followed as it is: forward and backward branches,
+// loops unrolled up to a bound, calls with unknown effect, every exit. The
+// path condition of every instruction is exact (the conditions of the
+// branches taken to reach it); where paths meet, each value is the one of
+// the path that was taken.
+#ifndef VELCOR_SRC_PPC_EXACT_TRANSLATOR_H
+#define VELCOR_SRC_PPC_EXACT_TRANSLATOR_H
+
+#include <string>
+#include <vector>
+
+#include "exact_semantics.h"
+#include "listing_program.h"
+#include "machine_state.h"
+#include "smt_term.h"
+
+struct ExactResult {
+    // The state after the code, on the paths that leave it (null terms when
+    // none does).
+    MachineState m_final;
+    bool m_leaves = false;
+    // Every path left the loops within the bound (and every computed branch
+    // went to a target that was found).
+    smt::Term m_unwound;
+    // The branch propositions p1, p2, ... and the condition each stands for.
+    std::vector<smt::Term> m_propositions;
+    std::vector<smt::Term> m_conditions;
+    bool m_uses_floats = false;
+};
+
+class ExactTranslator {
+public:
+    static constexpr int DEFAULT_UNROLL = 64;
+    // At most this many instructions once loops are unrolled.
+    static constexpr std::size_t MAX_INSTANCES = 2000000;
+
+    // a_listing_name names the listing in messages.
+    ExactTranslator(ExactContext& a_context, std::string a_listing_name, int a_unroll = DEFAULT_UNROLL);
+    ~ExactTranslator();
+
+    // Translates the listing's instructions; ends the run with one message
+    // line per instruction that has no exact meaning.
+    ExactResult translate(const std::vector<ListingInstruction>& a_lines);
+
+private:
+    struct Flow;
+    struct Instance;
+    struct PathNode;
+    struct Incoming;
+
+    void prepare(const std::vector<ListingInstruction>& a_lines);
+    void buildFlow();
+    void findLoops();
+    void unroll();
+    void execute(ExactResult& a_result);
+    [[noreturn]] void fail(const ExactInstruction& a_instruction, const std::string& a_message) const;
+
+    int pathChild(int a_parent, smt::Term a_literal);
+    void merge(std::vector<Incoming>& a_incoming, int& a_path, MachineState& a_state);
+    smt::Term proposition(ExactResult& a_result, smt::Term a_condition);
+
+    ExactContext& m_context;
+    smt::TermTable& m_terms;
+    ExactSemantics m_semantics;
+    std::string m_listing_name;
+    int m_unroll;
+
+    std::vector<ExactInstruction> m_instructions;
+    std::vector<Flow> m_flow;
+    std::vector<std::vector<int>> m_loop_body; // by header: whether each instruction is inside (0/1)
+    std::vector<int> m_header_of;              // loop index of a header instruction, or -1
+    std::vector<Instance> m_instances;
+    std::vector<PathNode> m_paths;
+};
+
+#endif
