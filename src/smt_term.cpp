@@ -33,6 +33,7 @@ std::uint64_t mix(std::uint64_t a_hash, std::uint64_t a_value)
 
 TermTable::TermTable()
 {
+    m_map_nodes.push_back(MapNode{0, 0, Term{}, 0, 0});
     m_nodes.reserve(1024);
     m_nodes.emplace_back(); // index 0: no term
     m_slots.assign(INITIAL_SLOTS, 0);
@@ -53,6 +54,12 @@ std::size_t TermTable::hashOf(const Node& a_node) const
     hash = mix(hash, a_node.m_value);
     for (int i = 0; i < a_node.m_arity; ++i)
         hash = mix(hash, a_node.m_child[i].m_id);
+    // The table probes linearly from the low bits: spread every input bit.
+    hash ^= hash >> 33;
+    hash *= 0xff51afd7ed558ccdull;
+    hash ^= hash >> 33;
+    hash *= 0xc4ceb9fe1a85ec53ull;
+    hash ^= hash >> 33;
     return static_cast<std::size_t>(hash);
 }
 
@@ -683,19 +690,95 @@ bool TermTable::differentAddresses(Term a_left, Term a_right) const
     return left_base == right_base && truncate(left_offset, 32) != truncate(right_offset, 32);
 }
 
+std::uint32_t TermTable::mapInsert(std::uint32_t a_root, std::uint32_t a_key, Term a_store)
+{
+    if (a_root == 0) {
+        std::uint32_t priority = static_cast<std::uint32_t>(mix(a_key, 0x5bd1e995u));
+        m_map_nodes.push_back(MapNode{a_key, priority, a_store, 0, 0});
+        return static_cast<std::uint32_t>(m_map_nodes.size() - 1);
+    }
+    MapNode copy = m_map_nodes[a_root];
+    if (a_key == copy.m_key) {
+        copy.m_store = a_store;
+        m_map_nodes.push_back(copy);
+        return static_cast<std::uint32_t>(m_map_nodes.size() - 1);
+    }
+    bool left = a_key < copy.m_key;
+    std::uint32_t child = mapInsert(left ? copy.m_left : copy.m_right, a_key, a_store);
+    (left ? copy.m_left : copy.m_right) = child;
+    // Keep the heap order of priorities by rotating the new child up.
+    if (m_map_nodes[child].m_priority > copy.m_priority) {
+        MapNode raised = m_map_nodes[child];
+        if (left) {
+            copy.m_left = raised.m_right;
+            m_map_nodes.push_back(copy);
+            raised.m_right = static_cast<std::uint32_t>(m_map_nodes.size() - 1);
+        } else {
+            copy.m_right = raised.m_left;
+            m_map_nodes.push_back(copy);
+            raised.m_left = static_cast<std::uint32_t>(m_map_nodes.size() - 1);
+        }
+        m_map_nodes.push_back(raised);
+        return static_cast<std::uint32_t>(m_map_nodes.size() - 1);
+    }
+    m_map_nodes.push_back(copy);
+    return static_cast<std::uint32_t>(m_map_nodes.size() - 1);
+}
+
+Term TermTable::mapFind(std::uint32_t a_root, std::uint32_t a_key) const
+{
+    for (std::uint32_t at = a_root; at != 0;) {
+        const MapNode& node = m_map_nodes[at];
+        if (a_key == node.m_key)
+            return node.m_store;
+        at = a_key < node.m_key ? node.m_left : node.m_right;
+    }
+    return Term{};
+}
+
+void TermTable::indexStore(Term a_store)
+{
+    if (m_store_index.count(a_store.m_id))
+        return;
+    Term below = child(a_store, 0);
+    Term base;
+    std::uint64_t offset = 0;
+    splitOffset(child(a_store, 1), base, offset);
+    StoreIndex index;
+    index.m_base = base;
+    auto under = m_store_index.find(below.m_id);
+    index.m_depth = under == m_store_index.end() ? 1 : under->second.m_depth + 1;
+    if (under != m_store_index.end() && under->second.m_base == base) {
+        index.m_below = under->second.m_below;
+        index.m_map = under->second.m_map;
+    } else {
+        index.m_below = below;
+    }
+    index.m_map = mapInsert(index.m_map, static_cast<std::uint32_t>(offset), a_store);
+    m_store_index.emplace(a_store.m_id, index);
+}
+
+std::uint32_t TermTable::storeDepth(Term a_memory) const
+{
+    auto found = m_store_index.find(a_memory.m_id);
+    return found == m_store_index.end() ? 0 : found->second.m_depth;
+}
+
 Term TermTable::select(Term a_memory, Term a_address)
 {
     checkSort(sort(a_memory).m_tag == SortTag::Memory && sort(a_address) == Sort::bitVec(32), "select sorts");
+    Term base;
+    std::uint64_t offset = 0;
+    splitOffset(a_address, base, offset);
     Term memory = a_memory;
-    // Read over writes: a store at the same address answers, stores at
-    // provably different addresses are passed by.
-    while (op(memory) == Op::Store) {
-        Term address = child(memory, 1);
-        if (address == a_address)
-            return child(memory, 2);
-        if (!differentAddresses(address, a_address))
-            break;
-        memory = child(memory, 0);
+    if (op(memory) == Op::Store) {
+        const StoreIndex& index = m_store_index.at(memory.m_id);
+        if (index.m_base == base) {
+            Term found = mapFind(index.m_map, static_cast<std::uint32_t>(offset));
+            if (!found.isNull())
+                return child(found, 2);
+            memory = index.m_below;
+        }
     }
     return make(Op::Select, Sort::bitVec(8), {memory, a_address});
 }
@@ -711,7 +794,9 @@ Term TermTable::store(Term a_memory, Term a_address, Term a_byte)
     // A second write to the same address hides the first.
     if (op(a_memory) == Op::Store && child(a_memory, 1) == a_address)
         return store(child(a_memory, 0), a_address, a_byte);
-    return make(Op::Store, Sort::memory(), {a_memory, a_address, a_byte});
+    Term made = make(Op::Store, Sort::memory(), {a_memory, a_address, a_byte});
+    indexStore(made);
+    return made;
 }
 
 Term TermTable::load(Term a_memory, Term a_address, unsigned a_bytes)

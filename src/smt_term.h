@@ -202,6 +202,9 @@ public:
     // Big-endian loads and stores of a_bytes bytes (1, 2, 4 or 8).
     Term load(Term a_memory, Term a_address, unsigned a_bytes);
     Term storeBytes(Term a_memory, Term a_address, Term a_value);
+    // The number of stores between a memory and the memory at the bottom
+    // of its chain (an array that no store made).
+    std::uint32_t storeDepth(Term a_memory) const;
     // Whether two addresses are provably different (distinct constants, or
     // the same term plus distinct constants).
     bool differentAddresses(Term a_left, Term a_right) const;
@@ -240,8 +243,34 @@ private:
     Term commutative(Op a_op, Sort a_sort, Term a_left, Term a_right);
     Term foldBinary(Op a_op, Term a_left, Term a_right);
 
+    // Read over write without walking: every store knows, for the stretch
+    // of stores below it that share its address base (a register's value,
+    // or none for constant addresses), the latest store at each offset, in
+    // a persistent map (a treap copied along the path of each insertion),
+    // and the memory under that stretch. A load with that base finds its
+    // offset at once; stores at other offsets are provably elsewhere. A
+    // store of another base may be anywhere: it stops the search.
+    struct StoreIndex {
+        std::uint32_t m_depth = 0; // stores from the memory at the bottom
+        Term m_base;
+        Term m_below;            // the memory under the stretch
+        std::uint32_t m_map = 0; // offset -> store, a treap root
+    };
+    struct MapNode {
+        std::uint32_t m_key;
+        std::uint32_t m_priority;
+        Term m_store;
+        std::uint32_t m_left;
+        std::uint32_t m_right;
+    };
+    std::uint32_t mapInsert(std::uint32_t a_root, std::uint32_t a_key, Term a_store);
+    Term mapFind(std::uint32_t a_root, std::uint32_t a_key) const;
+    void indexStore(Term a_store);
+
     std::vector<Node> m_nodes;
     std::vector<std::uint32_t> m_slots; // open addressing: node indexes, 0 empty
+    std::vector<MapNode> m_map_nodes; // index 0: the empty map
+    std::unordered_map<std::uint32_t, StoreIndex> m_store_index; // store term -> its index
     std::vector<std::string> m_names;
     std::unordered_map<std::string, Term> m_symbols;
 };

@@ -1,7 +1,6 @@
 #include "machine_state.h"
 
 #include <string>
-#include <unordered_set>
 #include <vector>
 
 using smt::Sort;
@@ -49,19 +48,22 @@ MachineState MachineState::initial(TermTable& a_terms)
 
 smt::Term commonMemory(const TermTable& a_terms, Term a_left, Term a_right)
 {
-    std::unordered_set<std::uint32_t> below_left;
-    for (Term memory = a_left;; memory = a_terms.child(memory, 0)) {
-        below_left.insert(memory.m_id);
-        if (a_terms.op(memory) != smt::Op::Store)
-            break;
+    // Both climb to the same depth, then together until they meet: the
+    // walk is as long as the stores the two made apart.
+    std::uint32_t left_depth = a_terms.storeDepth(a_left);
+    std::uint32_t right_depth = a_terms.storeDepth(a_right);
+    for (; left_depth > right_depth; --left_depth)
+        a_left = a_terms.child(a_left, 0);
+    for (; right_depth > left_depth; --right_depth)
+        a_right = a_terms.child(a_right, 0);
+    while (a_left != a_right) {
+        if (left_depth == 0)
+            return Term{};
+        a_left = a_terms.child(a_left, 0);
+        a_right = a_terms.child(a_right, 0);
+        --left_depth;
     }
-    for (Term memory = a_right;; memory = a_terms.child(memory, 0)) {
-        if (below_left.count(memory.m_id))
-            return memory;
-        if (a_terms.op(memory) != smt::Op::Store)
-            break;
-    }
-    return Term{};
+    return a_left;
 }
 
 namespace {
