@@ -55,6 +55,11 @@ const Option options[] = {
      [](CommandLine& a_line, const char*) { a_line.m_format = TLV; }},
     {"-ics", nullptr, nullptr, "obligations in the language of ICS", nullptr, false,
      [](CommandLine& a_line, const char*) { a_line.m_format = ICS; }},
+    {"-o", nullptr, "FILE", "write FILE instead of a_stdout0, only if the run completes",
+     "The obligations go to a temporary file in the directory of FILE, which replaces FILE when the run "
+     "completes; a failed or interrupted run leaves an existing FILE as it was and removes the temporary "
+     "file. A symbolic link is followed; a device or a pipe, such as /dev/null, is written directly.",
+     false, [](CommandLine& a_line, const char* a_value) { a_line.m_output = a_value; }},
     {"-q", nullptr, nullptr, "quiet: no trace or progress lines, only failures and warnings",
      "Failure messages and the warnings that call for action (an instruction skipped for a missing operand "
      "or a field out of range, an unsupported opcode, an identifier that is too long, a node without formal "

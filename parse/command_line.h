@@ -17,6 +17,8 @@ struct CommandLine {
     const char* m_executable = nullptr;
     const char* m_unit = nullptr;
     const char* m_node = nullptr;
+    // -o: the output file, or null for a_stdout0.
+    const char* m_output = nullptr;
     output_format_t m_format = CVC;
     bool m_no_if = false;
     bool m_debug = false;

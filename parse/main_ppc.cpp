@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <iostream>
+#include <memory>
 #include <string>
 
 #include "assertion.h"
@@ -19,6 +20,7 @@
 #include "parse.h"
 #include "propositionhandler.h"
 #include "rawtransition.h"
+#include "replacing_file.h"
 #include "symbols.h"
 #include "type_table.h"
 
@@ -85,6 +87,39 @@ struct ListingFile {
     }
 };
 
+// The output file: a_stdout0 of the working directory, created at once, or
+// the file of -o, which only a complete run replaces.
+std::unique_ptr<ReplacingFile> openOutput(const CommandLine& a_line)
+{
+    if (a_line.m_output)
+        return std::make_unique<ReplacingFile>(a_line.m_output);
+    setOutFile("a_stdout");
+    if (!outFileIsOpen())
+        stopRun("Cannot create output file a_stdout0\n");
+    return nullptr;
+}
+
+// Sends the output to the file of -o, if there is one, while it lives.
+class OutputRedirect {
+public:
+    explicit OutputRedirect(ReplacingFile* a_file) : m_file(a_file)
+    {
+        if (m_file)
+            m_previous = setOutStream(&m_file->stream());
+    }
+    ~OutputRedirect()
+    {
+        if (m_file)
+            setOutStream(m_previous);
+    }
+    OutputRedirect(const OutputRedirect&) = delete;
+    OutputRedirect& operator=(const OutputRedirect&) = delete;
+
+private:
+    ReplacingFile* m_file;
+    std::ostream* m_previous = nullptr;
+};
+
 int run(int argc, char** argv)
 {
     CommandLine line;
@@ -112,9 +147,8 @@ int run(int argc, char** argv)
     if (line.m_debug)
         debug_level = 1;
 
-    setOutFile("a_stdout");
-    if (!outFileIsOpen())
-        stopRun("Cannot create output file a_stdout0\n");
+    std::unique_ptr<ReplacingFile> output_file = openOutput(line);
+    OutputRedirect redirect(output_file.get());
 
     parse_basic_blocks = new BasicBlock*[MAX_BASIC_BLOCKS]();
     parse_symbol_table = new Symbols(TARGET);
@@ -169,6 +203,8 @@ int run(int argc, char** argv)
     banner(32, "* DONE PROCESSING. CLEANING-should be done... *");
     banner(13, "* ALL DONE! *");
     out.flush();
+    if (output_file)
+        output_file->commit();
     return 0;
 }
 
