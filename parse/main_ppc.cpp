@@ -126,6 +126,8 @@ int run(int argc, char** argv)
     readEarlyOptions(argc, argv, line);
     if (line.m_answer) {
         line.m_answer(std::cout);
+        if (!std::cout.flush())
+            stopRun("Cannot write to standard output\n");
         return 0;
     }
     misc::setQuiet(line.m_quiet);
