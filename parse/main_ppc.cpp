@@ -1,26 +1,28 @@
-// The driver: the command line, the order of the run and the frame of the
-// output file. Everything the proof obligation contains is printed by the
-// other modules; this one owns the sections, the banners between them, the
-// few literal lines and the messages of the command line.
+// The driver: the order of the run and the frame of the output file.
+// Everything the proof obligation contains is printed by the other modules;
+// this one owns the sections, the banners between them and the few literal
+// lines. The command line is read by its own module (command_line).
 #include "main_ppc.h"
 
 #include <cstdio>
-#include <cstring>
-#include <fstream>
 #include <iostream>
+#include <memory>
 #include <string>
 
 #include "assertion.h"
 #include "basicblock.h"
+#include "command_line.h"
 #include "common.h"
 #include "dwarf_debug.h"
 #include "exact_translator.h"
 #include "listing_program.h"
 #include "machine.h"
 #include "misc/stop.h"
+#include "misc/trace.h"
 #include "parse.h"
 #include "propositionhandler.h"
 #include "rawtransition.h"
+#include "replacing_file.h"
 #include "smt2_output.h"
 #include "symbols.h"
 #include "type_table.h"
@@ -29,17 +31,12 @@ namespace {
 
 // Standard output carries many trace lines: give it its own buffer, decoupled
 // from C stdio, before anything is written (this object is constructed before
-// the process-wide objects below, the first of which writes a line).
+// the process-wide objects below).
 struct BufferedStandardOutput {
     BufferedStandardOutput() { std::ios::sync_with_stdio(false); }
 } buffered_standard_output;
 
 } // namespace
-
-const char* const usage_str =
-    ": Usage: velcor <disasembler of concrete_system_file> -d <binary_file>\n"
-    "          -u < compilation unit name> -n <node name>\n"
-    "          -<output file format>: cvc | tlv | ics";
 
 int debug_level = 0;
 Machine machine;
@@ -83,60 +80,6 @@ void banner(int a_stars, const std::string& a_text)
     markedLine(rule);
 }
 
-struct CommandLine {
-    const char* listing = nullptr;
-    const char* executable = nullptr;
-    const char* unit = nullptr;
-    const char* node = nullptr;
-};
-
-[[noreturn]] void usageStop(const std::string& a_first_line)
-{
-    stopRun(a_first_line + "\n" + usage_str + "\n");
-}
-
-// Walks the options after the listing. The executable is opened as soon as
-// its name is read, so an error about it comes before later options.
-void readOptions(int argc, char** argv, CommandLine& a_line, std::ifstream& a_executable)
-{
-    for (int i = 2; i < argc; ++i) {
-        const char* option = argv[i];
-        bool takes_value = !std::strcmp(option, "-d") || !std::strcmp(option, "-u") || !std::strcmp(option, "-n");
-        if (takes_value && i + 1 >= argc)
-            usageStop("Missing parameters ");
-        if (!std::strcmp(option, "-noif")) {
-            setSkipPrintIf();
-        } else if (!std::strcmp(option, "-cvc")) {
-            setOutFormat(CVC);
-        } else if (!std::strcmp(option, "-tlv")) {
-            setOutFormat(TLV);
-        } else if (!std::strcmp(option, "-ics")) {
-            setOutFormat(ICS);
-        } else if (!std::strcmp(option, "-smt2")) {
-            setOutFormat(SMT2);
-        } else if (!std::strcmp(option, "-d")) {
-            a_line.executable = argv[++i];
-            std::cout << "executable file (dump) = " << a_line.executable << '\n';
-            a_executable.close();
-            a_executable.clear();
-            a_executable.open(a_line.executable, std::ios::in | std::ios::binary);
-            if (!a_executable.is_open())
-                stopRun(std::string("Cannot open executable file ") + a_line.executable + "\n");
-        } else if (!std::strcmp(option, "-u")) {
-            a_line.unit = argv[++i];
-            std::cout << " Unit = " << a_line.unit << '\n';
-        } else if (!std::strcmp(option, "-n")) {
-            a_line.node = argv[++i];
-            std::cout << " Node = " << a_line.node << '\n';
-        } else if (!std::strcmp(option, "-debug")) {
-            debug_level = 1;
-            std::cout << "Debug level full - printing all debug information\n";
-        } else {
-            usageStop(std::string("Error: Unsupported option: ") + option);
-        }
-    }
-}
-
 // Owns the listing's stream for the length of the run.
 struct ListingFile {
     FILE* m_file = nullptr;
@@ -145,6 +88,39 @@ struct ListingFile {
         if (m_file)
             std::fclose(m_file);
     }
+};
+
+// The output file: a_stdout0 of the working directory, created at once, or
+// the file of -o, which only a complete run replaces.
+std::unique_ptr<ReplacingFile> openOutput(const CommandLine& a_line)
+{
+    if (a_line.m_output)
+        return std::make_unique<ReplacingFile>(a_line.m_output);
+    setOutFile("a_stdout");
+    if (!outFileIsOpen())
+        stopRun("Cannot create output file a_stdout0\n");
+    return nullptr;
+}
+
+// Sends the output to the file of -o, if there is one, while it lives.
+class OutputRedirect {
+public:
+    explicit OutputRedirect(ReplacingFile* a_file) : m_file(a_file)
+    {
+        if (m_file)
+            m_previous = setOutStream(&m_file->stream());
+    }
+    ~OutputRedirect()
+    {
+        if (m_file)
+            setOutStream(m_previous);
+    }
+    OutputRedirect(const OutputRedirect&) = delete;
+    OutputRedirect& operator=(const OutputRedirect&) = delete;
+
+private:
+    ReplacingFile* m_file;
+    std::ostream* m_previous = nullptr;
 };
 
 // What stands between the marks of each section, in one syntax or another.
@@ -241,25 +217,35 @@ private:
 
 int run(int argc, char** argv)
 {
+    CommandLine line;
+    readEarlyOptions(argc, argv, line);
+    if (line.m_answer) {
+        line.m_answer(std::cout);
+        if (!std::cout.flush())
+            stopRun("Cannot write to standard output\n");
+        return 0;
+    }
+    misc::setQuiet(line.m_quiet);
+    commonAssertions.traceCount();
+
     if (argc - 1 < 8)
         stopRun(std::string(argv[0]) + usage_str + "\n");
 
-    CommandLine line;
-    line.listing = argv[1];
+    line.m_listing = argv[1];
     ListingFile listing;
-    listing.m_file = std::fopen(line.listing, "r");
+    listing.m_file = std::fopen(line.m_listing, "r");
     if (!listing.m_file)
-        stopRun(std::string("Cannot open concrete system file ") + line.listing + "\n");
+        stopRun(std::string("Cannot open concrete system file ") + line.m_listing + "\n");
 
-    setOutFormat(CVC);
-    std::ifstream executable;
-    readOptions(argc, argv, line, executable);
-    if (!line.executable || !line.node || !line.unit)
-        usageStop("Missing parameters ");
+    readOptions(argc, argv, line);
+    setOutFormat(line.m_format);
+    if (line.m_no_if)
+        setSkipPrintIf();
+    if (line.m_debug)
+        debug_level = 1;
 
-    setOutFile("a_stdout");
-    if (!outFileIsOpen())
-        stopRun("Cannot create output file a_stdout0\n");
+    std::unique_ptr<ReplacingFile> output_file = openOutput(line);
+    OutputRedirect redirect(output_file.get());
     const bool exact = getOutFormat() == SMT2;
     if (exact)
         Smt2Output::writeLogic(*getOutFile());
@@ -276,21 +262,21 @@ int run(int argc, char** argv)
     }
 
     banner(35, "* READING DWARF INFO...           *");
-    dwarf_debug_o.readDwarf(executable, line.executable);
-    dwarf_debug_o.outMembers("_C_", line.node, line.unit);
+    dwarf_debug_o.readDwarf(line.m_executable_file, line.m_executable);
+    dwarf_debug_o.outMembers("_C_", line.m_node, line.m_unit);
     banner(35, "* MAPPING DONE.                   *");
 
-    banner(35, std::string("* PARSING ASSEMBLY FILE ") + line.listing);
-    startScanner(listing.m_file, line.listing);
+    banner(35, std::string("* PARSING ASSEMBLY FILE ") + line.m_listing);
+    startScanner(listing.m_file, line.m_listing);
     if (yyparse() != 0 || !parse_basic_blocks[0])
-        stopRun(std::string("Syntax error in ") + line.listing + " at line " + std::to_string(scannerLine()) +
+        stopRun(std::string("Syntax error in ") + line.m_listing + " at line " + std::to_string(scannerLine()) +
                 "\n");
     banner(38, "* PARSING DONE. NOW PRINTING SYMBOLS *");
 
     if (exact) {
         smt::TermTable terms;
         ExactContext context(terms, nullptr);
-        ExactTranslator translator(context, line.listing);
+        ExactTranslator translator(context, line.m_listing);
         ExactResult result = translator.translate(listing_program.instructions());
         Smt2Output output(terms, context, result, dwarf_debug_o, *getOutFile());
         ExactContents contents(output);
@@ -303,6 +289,8 @@ int run(int argc, char** argv)
     banner(32, "* DONE PROCESSING. CLEANING-should be done... *");
     banner(13, "* ALL DONE! *");
     getOutFile()->flush();
+    if (output_file)
+        output_file->commit();
     return 0;
 }
 
@@ -347,4 +335,5 @@ void resetRunState()
     Expression::resetFresh();
     resetCommon();
     debug_level = 0;
+    misc::setQuiet(false);
 }

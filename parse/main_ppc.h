@@ -6,8 +6,6 @@
 // Capacity of the run's proposition registry (numbers 1 to 999).
 constexpr int PROPOSITION_CAPACITY = 1000;
 
-extern const char* const usage_str;
-
 // One complete run on a command line: returns the exit status (0, or the
 // status of an orderly stop after its message on standard error). Leaves the
 // process-wide objects as a new process has them.

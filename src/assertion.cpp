@@ -7,9 +7,9 @@
 #include "parse.h"
 #include "symbols.h"
 
-Assertion::Assertion()
+void Assertion::traceCount() const
 {
-    misc::traceOut() << "LAST=0\n";
+    misc::traceOut() << "LAST=" << last << '\n';
 }
 
 void Assertion::addAssertion(const ExpHandle& a_exp)

@@ -11,8 +11,8 @@
 
 class Assertion {
 public:
-    // Writes "LAST=0" to standard output.
-    Assertion();
+    // The first trace line of a run: "LAST=" and the count (0 at the start).
+    void traceCount() const;
 
     bool addMore() const { return !no_more; }
     void setMore() { no_more = false; }
@@ -23,7 +23,7 @@ public:
 
     int count() const { return last; }
     const std::vector<ExpHandle>& all() const { return assertions; }
-    // Empties the list and switches collecting on, without the start-up line.
+    // Empties the list and switches collecting on.
     void clear();
 
 private:

@@ -1,7 +1,7 @@
 // The machine model's access to a symbol dump of the executable: a table
-// from addresses to symbol names and the base of the small-data area. The
-// executable itself is read through the debugging information, so nothing
-// is read from the dump: the file must exist, and no address has a name.
+// from addresses to symbol names. The executable itself is read through the
+// debugging information, so nothing is read from the dump: the file must
+// exist, and no address has a name.
 #ifndef VELCOR_SRC_PPC_DUMP_H
 #define VELCOR_SRC_PPC_DUMP_H
 
@@ -22,7 +22,6 @@ public:
 
 private:
     misc::StringHashMap<std::string> m_table;
-    int m_sda_base = 0;
     std::ifstream m_dump_file;
 };
 

@@ -1,9 +1,13 @@
 #!/bin/sh
 # Set-up, build and run for developers and CI, on a Debian machine.
-#   tools/dev.sh example   build velcor and run it on the bundled example
-#   tools/dev.sh check     build and run every test, then again under
+#   tools/dev.sh example   build velcor (build-example/) and run it on the
+#                          bundled example
+#   tools/dev.sh check     build (build/) and run every test, then again under
 #                          AddressSanitizer and UndefinedBehaviorSanitizer
+#                          (build-sanitize/), then fuzz each target
 #   tools/dev.sh build     build only (build/)
+# The example and the check use build directories of their own, so neither
+# finds the other's settings; the check fails when a pass runs no test.
 set -eu
 top=$(cd "$(dirname "$0")/.." && pwd)
 cd "$top"
@@ -20,7 +24,8 @@ install_missing() {
     command -v pkg-config >/dev/null 2>&1 || missing="$missing pkg-config"
     [ -f /usr/include/gtest/gtest.h ] || missing="$missing libgtest-dev"
     [ -f /usr/include/elfutils/libdw.h ] || missing="$missing libdw-dev"
-    if [ "${1:-}" = fuzz ]; then
+    if [ "${1:-}" = check ]; then
+        command -v groff >/dev/null 2>&1 || missing="$missing groff-base"
         command -v clang++ >/dev/null 2>&1 || missing="$missing clang"
         ls /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a >/dev/null 2>&1 ||
             missing="$missing libclang-rt-dev"
@@ -43,15 +48,15 @@ build() {
 case "${1:-}" in
 example)
     install_missing
-    build build -DVELCOR_TESTS=OFF
-    sh examples/run.sh "$top/build/velcor" "$top/build/example"
+    build build-example -DVELCOR_TESTS=OFF
+    sh examples/run.sh "$top/build-example/velcor" "$top/build-example/example"
     ;;
 check)
-    install_missing fuzz
-    build build
-    (cd build && ctest --output-on-failure -j "$jobs")
-    build build-sanitize -DVELCOR_SANITIZE=ON
-    (cd build-sanitize && ctest --output-on-failure -j "$jobs")
+    install_missing check
+    build build -DVELCOR_TESTS=ON
+    (cd build && ctest --output-on-failure --no-tests=error -j "$jobs")
+    build build-sanitize -DVELCOR_TESTS=ON -DVELCOR_SANITIZE=ON
+    (cd build-sanitize && ctest --output-on-failure --no-tests=error -j "$jobs")
     if [ -f fuzz/run.sh ]; then sh fuzz/run.sh "${FUZZ_SECONDS:-60}"; fi
     echo "All tests passed."
     ;;

@@ -1,0 +1,1 @@
+../translate_road_cvc/listing.s

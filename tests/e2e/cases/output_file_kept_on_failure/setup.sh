@@ -1,0 +1,1 @@
+printf "the output of an earlier run\n" > obligations.cvc

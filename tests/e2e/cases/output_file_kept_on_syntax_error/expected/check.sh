@@ -1,0 +1,1 @@
+../../output_file_kept_on_failure/expected/check.sh

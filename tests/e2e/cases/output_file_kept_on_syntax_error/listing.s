@@ -1,0 +1,1 @@
+../listing_unknown_mnemonic/listing.s

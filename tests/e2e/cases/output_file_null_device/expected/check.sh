@@ -1,0 +1,1 @@
+[ -c /dev/null ] || { echo "/dev/null is no longer a device"; exit 1; }

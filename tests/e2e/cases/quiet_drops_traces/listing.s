@@ -1,0 +1,1 @@
+../translate_sign_bit/listing.s

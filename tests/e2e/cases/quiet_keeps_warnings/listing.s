@@ -1,0 +1,1 @@
+../translate_unsupported_tlv/listing.s
