@@ -789,7 +789,7 @@ Term TermTable::store(Term a_memory, Term a_address, Term a_byte)
                   sort(a_byte) == Sort::bitVec(8),
               "store sorts");
     // Writing back what is there changes nothing.
-    if (op(a_byte) == Op::Select && child(a_byte, 1) == a_address && select(a_memory, a_address) == a_byte)
+    if ((op(a_byte) == Op::Select || op(a_byte) == Op::BvConst) && select(a_memory, a_address) == a_byte)
         return a_memory;
     // A second write to the same address hides the first.
     if (op(a_memory) == Op::Store && child(a_memory, 1) == a_address)
