@@ -48,7 +48,7 @@ protected:
     {
         Pairs all;
         for (const auto& pair : m_reader.getMembers())
-            all[pair.first] = pair.second;
+            all[pair.first] = pair.second.m_target;
         return all;
     }
     std::string printed()
@@ -83,7 +83,7 @@ TEST_F(MappingTest, OffsetsAreKeptByStructureAndMemberAndBothNamesAreDeclared)
     ASSERT_EQ(m_reader.getMembers().size(), 7u);
     for (const auto& pair : m_reader.getMembers()) {
         EXPECT_TRUE(m_run.symbols().isIn(pair.first.c_str())) << pair.first;
-        EXPECT_TRUE(m_run.symbols().isIn(pair.second.c_str())) << pair.second;
+        EXPECT_TRUE(m_run.symbols().isIn(pair.second.m_target.c_str())) << pair.second.m_target;
     }
     EXPECT_EQ(m_run.symbols().table().size(), 15u); // with "true"
 }
