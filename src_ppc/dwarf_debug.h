@@ -246,9 +246,9 @@ public:
     // exponential in the nesting depth: the number of cells is bounded too.
     static constexpr int MAX_TYPE_DEPTH = 10000;
     static constexpr std::size_t MAX_MEMBER_PAIRS = 100000;
-    // Members and array elements a walk of modern entries visits: arrays
-    // and empty structures can be visited without adding a cell.
-    static constexpr std::size_t MAX_WALK_STEPS = 4 * MAX_MEMBER_PAIRS;
+    // Members, array elements and types a walk of modern entries visits:
+    // arrays of empty structures, say, add no cell however long they are.
+    static constexpr std::size_t MAX_WALK_STEPS = 10 * MAX_MEMBER_PAIRS;
 
     // Bytes of a DWARF 1 fundamental type on the target; 0 for void, labels
     // and codes of no standard meaning.

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <map>
 #include <set>
 #include <utility>
 
@@ -238,7 +239,7 @@ public:
 private:
     // Whether a_parameter is a pointer to a structure (through typedefs
     // and qualifiers); a_pointee is then the type it points to.
-    bool pointsToStructure(Dwarf_Die& a_parameter, Dwarf_Die& a_pointee) const
+    bool pointsToStructure(Dwarf_Die& a_parameter, Dwarf_Die& a_pointee)
     {
         Dwarf_Die type;
         if (!m_entries.type(a_parameter, type, true))
@@ -265,29 +266,37 @@ private:
         return a_type;
     }
 
-    // The type that a_type names through typedefs and qualifiers.
-    Dwarf_Die resolve(Dwarf_Die a_type) const
+    // The type that a_type names through typedefs and qualifiers. Each
+    // start is resolved once: many cells can share a long chain.
+    Dwarf_Die resolve(Dwarf_Die a_type)
     {
+        auto known = m_resolved.find(a_type.addr);
+        if (known != m_resolved.end())
+            return known->second;
+        const void* start = a_type.addr;
         for (int level = 0;; ++level) {
             a_type = skipQualifiers(a_type);
             if (m_entries.tag(a_type) != DW_TAG_typedef)
-                return a_type;
+                break;
             if (level >= m_max_depth)
                 stopCapacity("more than " + std::to_string(m_max_depth) + " nested type levels");
             Dwarf_Die next;
             if (!m_entries.type(a_type, next))
-                return a_type;
+                break;
             a_type = next;
         }
+        m_resolved.emplace(start, a_type);
+        return a_type;
     }
 
+    // One more member, array element or type followed.
     void step()
     {
         if (++m_steps > m_max_steps)
-            stopCapacity("more than " + std::to_string(m_max_steps) + " members and array elements");
+            stopCapacity("more than " + std::to_string(m_max_steps) + " steps through the node's structure");
     }
 
-    unsigned byteSize(Dwarf_Die a_type, int a_level = 0) const
+    unsigned byteSize(Dwarf_Die a_type, int a_level = 0)
     {
         if (a_level > m_max_depth)
             stopCapacity("more than " + std::to_string(m_max_depth) + " nested type levels");
@@ -378,7 +387,7 @@ private:
         }
     }
 
-    MemberPlace placeOf(Dwarf_Die& a_member) const
+    MemberPlace placeOf(Dwarf_Die& a_member)
     {
         MemberPlace place;
         Dwarf_Attribute attribute;
@@ -422,6 +431,7 @@ private:
             return;
         if (m_depth >= m_max_depth)
             stopCapacity("more than " + std::to_string(m_max_depth) + " nested type levels");
+        step();
         m_expanding.insert(a_type.addr);
         ++m_depth;
         mapType(a_type, a_struct_name, a_c_name, a_a_name, a_pointer);
@@ -500,7 +510,7 @@ private:
         if (count == 0)
             return;
         if (count > m_max_steps - std::min(m_steps, m_max_steps))
-            stopCapacity("more than " + std::to_string(m_max_steps) + " members and array elements");
+            stopCapacity("more than " + std::to_string(m_max_steps) + " steps through the node's structure");
         Dwarf_Attribute stride_attribute;
         std::uint64_t stride = m_entries.attribute(a_array, DW_AT_byte_stride, stride_attribute)
                                    ? m_entries.unsignedValue(stride_attribute)
@@ -561,6 +571,7 @@ private:
     // The entries (by their address in the section) being expanded on the
     // current path.
     std::set<const void*> m_expanding;
+    std::map<const void*, Dwarf_Die> m_resolved;
     int m_depth = 0;
     std::size_t m_steps = 0;
 };

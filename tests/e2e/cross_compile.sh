@@ -19,9 +19,10 @@ skip_without_cross_compiler() {
 
 # compile_node SOURCE OUTPUT NODE [FLAGS...]: a small executable holding the
 # code of SOURCE alone, its node NODE as entry point, no C library.
-compile_node() {
+# (A subshell: its variables stay its own.)
+compile_node() (
     source=$1 output=$2 node=$3
     shift 3
     "$CROSS_CC" "$@" -nostdlib -static -Wl,-e,"$node" -Wl,--build-id=none \
         -Wl,-z,max-page-size=0x100 -Wl,-z,common-page-size=0x100 -o "$output" "$source"
-}
+)
