@@ -1,8 +1,8 @@
 // Reader of the node's parameter structure from DWARF versions 2 to 5 (the
 // ".debug_info" section and the sections beside it), through elfutils'
-// libdw. It walks the structure as the DWARF 1 reader walks it, member by
-// member and in the same order, and reports every memory cell and member
-// offset to a sink: the mapping itself stays with the DWARF 1 reader, so
+// libdw: it opens the file, finds the unit and the node, and has the
+// structure walked (structure_walk.h), every memory cell and member offset
+// reported to a sink. The mapping itself stays with the DWARF 1 reader, so
 // that both kinds of executable give the same pairs in the same order.
 //
 // libdw trusts the file it reads: the image is checked before libdw sees it
@@ -14,30 +14,13 @@
 #define VELCOR_SRC_PPC_DWARF_MODERN_H
 
 #include <cstddef>
-#include <cstdint>
 #include <string>
 #include <vector>
 
+#include "structure_sink.h"
+
 struct Elf;
 struct Dwarf;
-
-// Bytes of a pointer on the target.
-constexpr unsigned TARGET_POINTER_SIZE = 4;
-
-// What the walk of the node's parameter structure reports, in walk order.
-class StructureSink {
-public:
-    // One cell of the structure: its source-side and target-side names and
-    // the number of bytes it holds.
-    virtual void insertPair(const std::string& a_source_name, const std::string& a_target_name,
-                            unsigned a_byte_size) = 0;
-    // The byte offset of a member, under "structure#member".
-    virtual void recordMemberOffset(const std::string& a_struct_name, const std::string& a_member_name,
-                                    std::int32_t a_offset) = 0;
-
-protected:
-    ~StructureSink() = default;
-};
 
 class ModernDebugInfo {
 public:
@@ -52,7 +35,7 @@ public:
     // Finds the unit and the node, and reports the cells of the structure
     // that the node's first parameter points to (nothing for a node without
     // parameters). a_max_depth bounds the nested type levels, a_max_steps
-    // the members and array elements visited.
+    // the members, array elements and types followed.
     void mapParameter(const char* a_unit, const char* a_node, StructureSink& a_sink, int a_max_depth,
                       std::size_t a_max_steps);
 
