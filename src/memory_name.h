@@ -19,6 +19,12 @@ bool isMemoryCellName(const char* a_name);
 // "MEM[n+offset+R"); false when a_name is not of that form.
 bool shiftedMemoryCellName(const char* a_name, std::int32_t a_offset, std::string& a_result);
 
+// The cell of a structure member at a_offset: through the pointer that
+// a_base holds ("MEM[offset+base]") when a_through_pointer, otherwise inside
+// the cell a_base that holds the structure by value (shifted as above);
+// false when a_base is no cell to shift.
+bool memberCellName(const std::string& a_base, std::int32_t a_offset, bool a_through_pointer, std::string& a_result);
+
 // Offsets add with 32-bit wrap-around, as the names print them.
 std::int32_t addOffsets(std::int32_t a_left, std::int32_t a_right);
 
