@@ -3,7 +3,7 @@
 # UndefinedBehaviorSanitizer) in build-fuzz and runs each for SECONDS.
 #   fuzz/run.sh [SECONDS]      default 60
 # Seeds: the listings and executables of the end-to-end cases and the
-# example. Any crash, sanitizer report, leak, timeout or memory blow-up
+# example, and executables compiled from the tests' C step functions. Any crash, sanitizer report, leak, timeout or memory blow-up
 # fails the script; the input that caused it is left in build-fuzz/artifacts.
 set -eu
 seconds=${1:-60}
@@ -33,6 +33,24 @@ for description in "$top"/tests/e2e/cases/*/*.dwarf "$top"/examples/*.dwarf "$to
     # builder refuses is simply left out.
     "$dir/tools/mkdwarf" "$description" "$seeds/executable/$n.elf" 2>/dev/null || true
 done
+# Executables with DWARF 2, 4 and 5 compiled from the tests' C step
+# functions, where the cross compiler is installed.
+. "$top/tests/e2e/cross_compile.sh"
+if command -v "$CROSS_CC" >/dev/null 2>&1; then
+    for source in "$top"/tests/e2e/equivalence/*/node.c "$top"/tests/e2e/cases/modern_*/node.c; do
+        [ -f "$source" ] || continue
+        for format in -gdwarf-2 -gdwarf-4 -g; do
+            n=$((n + 1))
+            # Compiled as "node.c", the unit's name that the target tries
+            # (a node that is not external links with a warning: quiet).
+            (cd "$seeds" && cp "$source" node.c &&
+                compile_node node.c "executable/$n.elf" step -O1 "$format" 2>/dev/null) || true
+        done
+    done
+    rm -f "$seeds/node.c"
+else
+    echo "No $CROSS_CC: the executable is fuzzed without DWARF 2 to 5 seeds"
+fi
 for executable in "$top"/tests/e2e/cases/*/exe; do
     [ -f "$executable" ] || continue
     n=$((n + 1))

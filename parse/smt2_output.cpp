@@ -183,12 +183,16 @@ void Smt2Output::writePropositions()
 void Smt2Output::writeMapping()
 {
     for (const auto& pair : m_mapping.getMembers()) {
-        const unsigned bytes = 4;
+        // A cell whose size the debugging information does not tell is
+        // taken as a word.
+        unsigned bytes = pair.second.m_byte_size ? pair.second.m_byte_size : 4;
+        if (bytes != 1 && bytes != 2 && bytes != 4 && bytes != 8)
+            continue;
         for (const char* memory : {"MEM", "PMEM"}) {
             m_out << "(assert (= ";
             writeLoad(m_out, memory, pair.first, bytes);
             m_out << ' ';
-            writeLoad(m_out, memory, pair.second, bytes);
+            writeLoad(m_out, memory, pair.second.m_target, bytes);
             m_out << "))\n";
         }
     }

@@ -33,6 +33,14 @@ bool shiftedMemoryCellName(const char* a_name, std::int32_t a_offset, std::strin
     return true;
 }
 
+bool memberCellName(const std::string& a_base, std::int32_t a_offset, bool a_through_pointer, std::string& a_result)
+{
+    if (!a_through_pointer)
+        return shiftedMemoryCellName(a_base.c_str(), a_offset, a_result);
+    a_result = memoryCellName(a_offset, a_base);
+    return true;
+}
+
 std::int32_t addOffsets(std::int32_t a_left, std::int32_t a_right)
 {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(a_left) + static_cast<std::uint32_t>(a_right));

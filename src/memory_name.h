@@ -20,6 +20,12 @@ bool isMemoryCellName(const char* a_name);
 // "MEM[n+offset+R"); false when a_name is not of that form.
 bool shiftedMemoryCellName(const char* a_name, std::int32_t a_offset, std::string& a_result);
 
+// The cell of a structure member at a_offset: through the pointer that
+// a_base holds ("MEM[offset+base]") when a_through_pointer, otherwise inside
+// the cell a_base that holds the structure by value (shifted as above);
+// false when a_base is no cell to shift.
+bool memberCellName(const std::string& a_base, std::int32_t a_offset, bool a_through_pointer, std::string& a_result);
+
 // Reads a name "MEM[k+B]" back: a_offsets gets the offsets from the
 // innermost cell out (MEM[0+MEM[16+C_]] gives 16, 0), a_base the name the
 // innermost offset is added to ("C_"). False for any other form.

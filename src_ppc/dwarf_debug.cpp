@@ -49,6 +49,8 @@ void dwarf_debug::clear()
     type_field_offset_table = type_field_offsets(100);
     m_size = 0;
     m_path.clear();
+    m_modern = false;
+    m_image.clear();
     m_expanding.clear();
     m_depth = 0;
 }
@@ -88,6 +90,8 @@ void dwarf_debug::readDwarf(std::istream& a_exe_file, const char* a_path)
     m_debug_table.assign(1, '\0');
     m_size = 0;
     m_path = a_path ? a_path : "";
+    m_modern = false;
+    m_image.clear();
 
     std::uint64_t file_size = 0;
     a_exe_file.clear();
@@ -129,11 +133,27 @@ void dwarf_debug::readDwarf(std::istream& a_exe_file, const char* a_path)
     readExactly(a_exe_file, bigEndianWord(&names.sh_offset), strtable.data(), names_size, file_size);
 
     static const char debug_name[] = ".debug";
+    static const char modern_name[] = ".debug_info";
+    auto named = [&](std::size_t a_index, const char* a_name, std::size_t a_size) {
+        std::uint64_t name = bigEndianWord(&section_header[a_index].sh_name);
+        return name < strtable.size() && strtable.size() - name >= a_size &&
+               std::memcmp(strtable.data() + name, a_name, a_size) == 0;
+    };
+    bool has_debug = false;
+    bool has_modern = false;
     for (std::size_t i = 0; i < shnum; ++i) {
-        std::uint64_t name = bigEndianWord(&section_header[i].sh_name);
-        if (name < strtable.size() && strtable.size() - name >= sizeof debug_name &&
-            std::memcmp(strtable.data() + name, debug_name, sizeof debug_name) == 0)
+        if (named(i, debug_name, sizeof debug_name)) {
             debug_section_index = static_cast<int>(i);
+            has_debug = true;
+        }
+        has_modern = has_modern || named(i, modern_name, sizeof modern_name);
+    }
+
+    if (!has_debug && has_modern) {
+        m_modern = true;
+        m_image.resize(file_size);
+        readExactly(a_exe_file, 0, m_image.data(), file_size, file_size);
+        return;
     }
 
     const Elf32_Shdr& debug = section_header[debug_section_index];
@@ -430,25 +450,34 @@ void dwarf_debug::outMembers(const char*, const char* a_function_name, const cha
 {
     m_expanding.clear();
     m_depth = 0;
-    char* unit = getCompilationUnit(nullptr, a_compilation_unit);
-    char* function = getGlobalSubroutine(getKid(unit), a_function_name);
-    char* parameter = getKid(function);
-    if (parameter) {
-        if (getTag(parameter) == TAG_formal_parameter)
-            parameter = at(referencedEntry(getAttributeValueT(AT_mod_u_d_type, parameter)));
-        else
-            std::cerr << "ERROR - NO FORMAL PARAMETRS\n";
-        if (getTag(parameter) != TAG_typedef)
-            stopRun(" ERROR - expects user define type\n");
-        m_expanding.insert(offsetOf(parameter));
-        recursive_outMembers(parameter, getEntryName(parameter), "C_", "r3", true);
-        m_expanding.clear();
-    }
+    if (m_modern)
+        ModernDebugInfo(m_image, m_path)
+            .mapParameter(a_compilation_unit, a_function_name, *this, MAX_TYPE_DEPTH, MAX_WALK_STEPS);
+    else
+        outDwarf1Members(a_function_name, a_compilation_unit);
     VELCOR_ASSERT(parse_symbol_table);
     for (const auto& pair : m_members) {
         parse_symbol_table->addTN(TN_SYM_REG, pair.first.c_str());
-        parse_symbol_table->addTN(TN_SYM_REG, pair.second.c_str());
+        parse_symbol_table->addTN(TN_SYM_REG, pair.second.m_target.c_str());
     }
+}
+
+void dwarf_debug::outDwarf1Members(const char* a_function_name, const char* a_compilation_unit)
+{
+    char* unit = getCompilationUnit(nullptr, a_compilation_unit);
+    char* function = getGlobalSubroutine(getKid(unit), a_function_name);
+    char* parameter = getKid(function);
+    if (!parameter)
+        return;
+    if (getTag(parameter) == TAG_formal_parameter)
+        parameter = at(referencedEntry(getAttributeValueT(AT_mod_u_d_type, parameter)));
+    else
+        std::cerr << "ERROR - NO FORMAL PARAMETRS\n";
+    if (getTag(parameter) != TAG_typedef)
+        stopRun(" ERROR - expects user define type\n");
+    m_expanding.insert(offsetOf(parameter));
+    recursive_outMembers(parameter, getEntryName(parameter), "C_", "r3", true);
+    m_expanding.clear();
 }
 
 std::size_t dwarf_debug::referencedEntry(std::uint32_t a_offset) const
@@ -457,11 +486,72 @@ std::size_t dwarf_debug::referencedEntry(std::uint32_t a_offset) const
     return a_offset;
 }
 
-void dwarf_debug::insertPair(const std::string& a_var_c_name, const std::string& a_var_a_name)
+void dwarf_debug::insertPair(const std::string& a_var_c_name, const std::string& a_var_a_name, unsigned a_byte_size)
 {
     if (m_members.size() >= MAX_MEMBER_PAIRS)
         stopCapacity("more than " + std::to_string(MAX_MEMBER_PAIRS) + " mapped memory cells");
-    m_members.insert(a_var_c_name.c_str(), a_var_a_name);
+    m_members.insert(a_var_c_name.c_str(), MemberCell{a_var_a_name, a_byte_size});
+}
+
+void dwarf_debug::recordMemberOffset(const std::string& a_struct_name, const std::string& a_member_name,
+                                     std::int32_t a_offset)
+{
+    type_field_offset_table[(a_struct_name + "#" + a_member_name).c_str()] = a_offset;
+}
+
+unsigned dwarf_debug::fundamentalTypeSize(unsigned a_code)
+{
+    switch (a_code) {
+    case FT_char:
+    case FT_signed_char:
+    case FT_unsigned_char:
+    case FT_boolean:
+        return 1;
+    case FT_short:
+    case FT_signed_short:
+    case FT_unsigned_short:
+        return 2;
+    case FT_integer:
+    case FT_signed_integer:
+    case FT_unsigned_integer:
+    case FT_long:
+    case FT_signed_long:
+    case FT_unsigned_long:
+    case FT_float:
+        return 4;
+    case FT_pointer:
+        return TARGET_POINTER_SIZE;
+    case FT_dbl_prec_float:
+    case FT_complex:
+        return 8;
+    case FT_ext_prec_float:
+    case FT_dbl_prec_complex:
+        return 16;
+    case FT_ext_prec_complex:
+        return 32;
+    default:
+        return 0;
+    }
+}
+
+unsigned dwarf_debug::fundamentalSize(char* a_entry)
+{
+    if (char* code = checkAttribute(AT_fund_type, a_entry))
+        return fundamentalTypeSize(bigEndianHalf(code));
+    char* block = checkAttribute(AT_mod_fund_type, a_entry);
+    if (!block)
+        return 0;
+    // The block (already bounded by its entry): its length, the modifiers,
+    // the fundamental type's code in the last two bytes.
+    const std::size_t length = bigEndianHalf(block);
+    if (length < 2)
+        return 0;
+    for (std::size_t i = 0; i + 2 < length; ++i) {
+        unsigned modifier = static_cast<unsigned char>(block[2 + i]);
+        if (modifier == MOD_pointer_to || modifier == MOD_reference_to)
+            return TARGET_POINTER_SIZE;
+    }
+    return fundamentalTypeSize(bigEndianHalf(block + length));
 }
 
 void dwarf_debug::descend(std::uint32_t a_target, const char* a_struct_name, const std::string& a_var_c_name,
@@ -488,7 +578,7 @@ void dwarf_debug::recursive_outMembers(char* a_entry, const char* a_struct_name,
             descend(getAttributeValueI(AT_user_def_type, a_entry), getEntryName(a_entry), a_var_c_name,
                     a_var_a_name, a_pointer);
         else if (checkAttribute(AT_fund_type, a_entry))
-            insertPair(a_var_c_name, a_var_a_name);
+            insertPair(a_var_c_name, a_var_a_name, fundamentalSize(a_entry));
         else
             stopRun(std::string("No AT_user_Def_Type attribute in ") + getEntryName(a_entry) + "\n");
         break;
@@ -530,32 +620,27 @@ void dwarf_debug::mapMember(char* a_entry, const char* a_struct_name, const char
                             const char* a_var_a_name, bool a_pointer)
 {
     const std::int32_t offset = static_cast<std::int32_t>(static_cast<std::uint32_t>(getLoc(a_entry)));
-    type_field_offset_table[(std::string(a_struct_name) + "#" + getEntryName(a_entry)).c_str()] = offset;
+    recordMemberOffset(a_struct_name, getEntryName(a_entry), offset);
 
     std::string c_name;
     std::string a_name;
-    if (a_pointer) {
-        c_name = memoryCellName(offset, a_var_c_name);
-        a_name = memoryCellName(offset, a_var_a_name);
-    } else {
-        // A structure held by value flattens into its container's cell.
-        if (!shiftedMemoryCellName(a_var_c_name, offset, c_name) ||
-            !shiftedMemoryCellName(a_var_a_name, offset, a_name)) {
-            misc::traceOut() << "NOT GOOD in dwarf\n";
-            return;
-        }
-        misc::traceOut() << " PREV C NAME=" << a_var_c_name << " +offset " << offset << ", we get " << c_name << '\n';
+    if (!memberCellName(a_var_c_name, offset, a_pointer, c_name) ||
+        !memberCellName(a_var_a_name, offset, a_pointer, a_name)) {
+        misc::traceOut() << "NOT GOOD in dwarf\n";
+        return;
     }
+    if (!a_pointer)
+        misc::traceOut() << " PREV C NAME=" << a_var_c_name << " +offset " << offset << ", we get " << c_name << '\n';
 
     if (checkAttribute(AT_mod_u_d_type, a_entry)) {
-        insertPair(c_name, a_name);
+        insertPair(c_name, a_name, TARGET_POINTER_SIZE);
         std::uint32_t target = getAttributeValueT(AT_mod_u_d_type, a_entry);
         descend(target, getEntryName(at(referencedEntry(target))), c_name, a_name, true);
     } else if (checkAttribute(AT_user_def_type, a_entry)) {
         std::uint32_t target = getAttributeValueI(AT_user_def_type, a_entry);
         descend(target, getEntryName(at(referencedEntry(target))), c_name, a_name, false);
     } else {
-        insertPair(c_name, a_name);
+        insertPair(c_name, a_name, fundamentalSize(a_entry));
     }
 }
 
@@ -565,7 +650,7 @@ void dwarf_debug::addVars(Transition* a_transition)
         return;
     std::ostream& out = *getOutFile();
     for (const auto& pair : m_members) {
-        const char* target = pair.second.c_str();
+        const char* target = pair.second.m_target.c_str();
         if (a_transition->isIn(target))
             out << " %FORM addVARS\n" << assertStr() << "P" << target << "=" << target << endStr() << '\n';
     }
@@ -575,8 +660,8 @@ void dwarf_debug::print()
 {
     std::ostream& out = *getOutFile();
     for (const auto& pair : m_members) {
-        out << assertStr() << pair.first << "=" << pair.second << ";\n";
-        out << assertStr() << "P" << pair.first << "=" << "P" << pair.second << ";\n";
+        out << assertStr() << pair.first << "=" << pair.second.m_target << ";\n";
+        out << assertStr() << "P" << pair.first << "=" << "P" << pair.second.m_target << ";\n";
     }
 }
 
@@ -602,5 +687,5 @@ int dwarf_debug::getOffset(const char* a_type_field_pair)
 const char* dwarf_debug::getSourceName(const char* a_memory_name) const
 {
     t_members::const_iterator found = m_members.findKeyObject(a_memory_name);
-    return found == m_members.end() ? nullptr : found->second.c_str();
+    return found == m_members.end() ? nullptr : found->second.m_target.c_str();
 }

@@ -1,6 +1,9 @@
 // Reader of the executable's debugging information (a big-endian 32-bit ELF
 // file whose ".debug" section holds DWARF version 1 entries), and the mapping
-// of the node's parameter structure onto memory names of both sides.
+// of the node's parameter structure onto memory names of both sides. An
+// executable without ".debug" but with ".debug_info" (DWARF 2 to 5) has its
+// structure read by the modern reader (dwarf_modern.h), which reports its
+// cells back here: one mapping, whichever format described the structure.
 //
 // Entry pointers are char* into the ".debug" table. Every read through them
 // is bounded by the table: bytes that do not describe what the reader needs
@@ -17,6 +20,7 @@
 #include <string>
 #include <vector>
 
+#include "dwarf_modern.h"
 #include "misc/hash_map.h"
 
 class Transition;
@@ -219,15 +223,22 @@ enum dwarf_macinfo_record_type {
     MACINFO_undef = 'u'
 };
 
-// Source-side memory name -> target-side memory name. Keys compare by
-// identity: every insertion adds a pair, even for an equal text.
-using t_members = misc::StringHashMap<std::string>;
+// One mapped cell: its target-side memory name and the number of bytes it
+// holds (0 when the debugging information does not tell).
+struct MemberCell {
+    std::string m_target;
+    unsigned m_byte_size = 0;
+};
+
+// Source-side memory name -> its cell. Keys compare by identity: every
+// insertion adds a pair, even for an equal text.
+using t_members = misc::StringHashMap<MemberCell>;
 // Structure address pairs (source name -> target name).
 using t_struct_asserts = misc::StringHashMap<std::string>;
 // "structure#member" -> byte offset of the member.
 using type_field_offsets = misc::StringHashMap<int>;
 
-class dwarf_debug {
+class dwarf_debug : private StructureSink {
 public:
     // Bounds of the structure walk. The walk recurses once per nested type,
     // a few frames a level: 10000 levels fit the run's stack many times
@@ -235,11 +246,20 @@ public:
     // exponential in the nesting depth: the number of cells is bounded too.
     static constexpr int MAX_TYPE_DEPTH = 10000;
     static constexpr std::size_t MAX_MEMBER_PAIRS = 100000;
+    // Members, array elements and types a walk of modern entries visits:
+    // arrays of empty structures, say, add no cell however long they are.
+    static constexpr std::size_t MAX_WALK_STEPS = 10 * MAX_MEMBER_PAIRS;
+
+    // Bytes of a DWARF 1 fundamental type on the target; 0 for void, labels
+    // and codes of no standard meaning.
+    static unsigned fundamentalTypeSize(unsigned a_code);
 
     dwarf_debug();
 
     // ELF access. Reads the ELF header, the section table, the section-name
     // table and the ".debug" section; a_path names the file in messages.
+    // Without ".debug" but with ".debug_info" it keeps the whole file for
+    // the modern reader.
     void readDwarf(std::istream& a_exe_file, const char* a_path);
     void readDwarf(std::istream& a_exe_file);
     int getDwarfSize() const { return m_size; }
@@ -248,6 +268,8 @@ public:
     const Elf32_Ehdr& getHeader() const { return header; }
     const std::vector<Elf32_Shdr>& getSectionHeaders() const { return section_header; }
     int getDebugSectionIndex() const { return debug_section_index; }
+    // Whether the structure comes from DWARF 2 to 5 entries.
+    bool hasModernDebugInfo() const { return m_modern; }
     const std::vector<char>& getStringTable() const { return strtable; }
 
     // Entries.
@@ -326,6 +348,7 @@ private:
     std::size_t siblingOffset(std::size_t a_offset);
     [[noreturn]] void corrupt() const;
 
+    void outDwarf1Members(const char* a_function_name, const char* a_compilation_unit);
     void readExactly(std::istream& a_file, std::uint64_t a_offset, void* a_buffer, std::size_t a_count,
                      std::uint64_t a_file_size) const;
     void walkMembers(std::size_t a_first, const char* a_struct_name, const char* a_var_c_name,
@@ -337,7 +360,14 @@ private:
     void descend(std::uint32_t a_target, const char* a_struct_name, const std::string& a_var_c_name,
                  const std::string& a_var_a_name, bool a_pointer);
     std::size_t referencedEntry(std::uint32_t a_offset) const;
-    void insertPair(const std::string& a_var_c_name, const std::string& a_var_a_name);
+    // The size of a member or typedef of fundamental type, plain or with
+    // modifiers (pointers take 4 bytes).
+    unsigned fundamentalSize(char* a_entry);
+
+    // The one way into the mapping, for both walks.
+    void insertPair(const std::string& a_var_c_name, const std::string& a_var_a_name, unsigned a_byte_size) override;
+    void recordMemberOffset(const std::string& a_struct_name, const std::string& a_member_name,
+                            std::int32_t a_offset) override;
 
     Elf32_Ehdr header;
     std::vector<Elf32_Shdr> section_header;
@@ -350,6 +380,10 @@ private:
     t_struct_asserts struct_assert_table;
     type_field_offsets type_field_offset_table;
     int m_size = 0;
+
+    // The whole file, for the modern reader.
+    bool m_modern = false;
+    std::vector<char> m_image;
 
     std::string m_path;
     std::set<std::size_t> m_expanding;

@@ -26,6 +26,10 @@ install_missing() {
     [ -f /usr/include/elfutils/libdw.h ] || missing="$missing libdw-dev"
     if [ "${1:-}" = check ]; then
         command -v groff >/dev/null 2>&1 || missing="$missing groff-base"
+        # The tests compile step functions of their own, run them under
+        # qemu-ppc and check obligations with the solvers.
+        command -v powerpc-linux-gnu-gcc >/dev/null 2>&1 || missing="$missing gcc-powerpc-linux-gnu"
+        command -v powerpc-linux-gnu-objcopy >/dev/null 2>&1 || missing="$missing binutils-powerpc-linux-gnu"
         command -v clang++ >/dev/null 2>&1 || missing="$missing clang"
         ls /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a >/dev/null 2>&1 ||
             missing="$missing libclang-rt-dev"

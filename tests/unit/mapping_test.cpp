@@ -48,7 +48,7 @@ protected:
     {
         Pairs all;
         for (const auto& pair : m_reader.getMembers())
-            all[pair.first] = pair.second;
+            all[pair.first] = pair.second.m_target;
         return all;
     }
     std::string printed()
@@ -83,7 +83,7 @@ TEST_F(MappingTest, OffsetsAreKeptByStructureAndMemberAndBothNamesAreDeclared)
     ASSERT_EQ(m_reader.getMembers().size(), 7u);
     for (const auto& pair : m_reader.getMembers()) {
         EXPECT_TRUE(m_run.symbols().isIn(pair.first.c_str())) << pair.first;
-        EXPECT_TRUE(m_run.symbols().isIn(pair.second.c_str())) << pair.second;
+        EXPECT_TRUE(m_run.symbols().isIn(pair.second.m_target.c_str())) << pair.second.m_target;
     }
     EXPECT_EQ(m_run.symbols().table().size(), 15u); // with "true"
 }
@@ -151,6 +151,33 @@ TEST_F(MappingTest, OnlyATypeBeingExpandedIsNotExpandedAgain)
                               {"MEM[4+C_]", "MEM[4+r3]"},
                               {"MEM[0+MEM[0+C_]]", "MEM[0+MEM[0+r3]]"},
                               {"MEM[0+MEM[4+C_]]", "MEM[0+MEM[4+r3]]"}}));
+}
+
+TEST_F(MappingTest, EachCellKeepsTheSizeOfItsFundamentalType)
+{
+    read(nodeWith("    member c char at 0\n    member s short at 2\n    member i int at 4\n"
+                  "    member f float at 8\n    member d double at 16\n    member p pointer int at 24\n"
+                  "    member q pointer T at 28\n    member n word at 32\n    member k const unsigned-char at 34\n"
+                  "    member b bool at 35\n    member v void at 36\n",
+                  "  typedef word unsigned-short\n  typedef T struct t\n  struct t\n    member z long at 0\n  end\n"));
+    map();
+    std::map<std::string, unsigned> sizes;
+    for (const auto& pair : m_reader.getMembers())
+        sizes[pair.first] = pair.second.m_byte_size;
+    // Pointers, with or without modifiers, take 4 bytes; a type of no size
+    // gives 0.
+    EXPECT_EQ(sizes, (std::map<std::string, unsigned>{{"MEM[0+C_]", 1},
+                                                      {"MEM[2+C_]", 2},
+                                                      {"MEM[4+C_]", 4},
+                                                      {"MEM[8+C_]", 4},
+                                                      {"MEM[16+C_]", 8},
+                                                      {"MEM[24+C_]", 4},
+                                                      {"MEM[28+C_]", 4},
+                                                      {"MEM[0+MEM[28+C_]]", 4},
+                                                      {"MEM[32+C_]", 2},
+                                                      {"MEM[34+C_]", 1},
+                                                      {"MEM[35+C_]", 1},
+                                                      {"MEM[36+C_]", 0}}));
 }
 
 TEST_F(MappingTest, EveryPairIsKeptEvenWithEqualNames)

@@ -142,7 +142,7 @@ TEST_F(TypeTableTest, DeclaredNamesAgreeWithTheParameterMapping)
     EXPECT_EQ(target.size(), pairs.size());
     for (const auto& pair : pairs) {
         EXPECT_NE(m_symbols.getSymbol(pair.first.c_str()), nullptr) << pair.first;
-        EXPECT_NE(target.getSymbol(pair.second.c_str()), nullptr) << pair.second;
+        EXPECT_NE(target.getSymbol(pair.second.m_target.c_str()), nullptr) << pair.second.m_target;
     }
 }
 

@@ -1,0 +1,4 @@
+/* A node without parameters maps nothing. */
+int counter;
+
+void step(void) { counter++; }
