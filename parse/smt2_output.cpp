@@ -16,23 +16,19 @@ std::string twoDigits(int a_number)
     return std::string(1, char('0' + a_number / 10)) + char('0' + a_number % 10);
 }
 
-// A member's address and load, from its memory name: MEM[k+B] is the word
-// at B+k, MEM[j+MEM[k+B]] the word at (the word at B+k)+j.
+// A member's address from its memory name: MEM[k+B] is B+k, and
+// MEM[j+MEM[k+B]] is (the word at B+k)+j; a_extra more bytes further.
 void writeAddress(std::ostream& a_out, const std::string& a_memory, const std::vector<std::int32_t>& a_offsets,
-                  std::size_t a_count, const std::string& a_base)
+                  std::size_t a_count, const std::string& a_base, std::int32_t a_extra)
 {
-    if (a_count == 0) {
-        a_out << a_base;
-        return;
-    }
-    std::int32_t offset = a_offsets[a_count - 1];
+    std::int32_t offset = addOffsets(a_offsets[a_count - 1], a_extra);
     if (offset != 0)
         a_out << "(bvadd ";
     if (a_count == 1) {
         a_out << a_base;
     } else {
         a_out << "(load32 " << a_memory << ' ';
-        writeAddress(a_out, a_memory, a_offsets, a_count - 1, a_base);
+        writeAddress(a_out, a_memory, a_offsets, a_count - 1, a_base, 0);
         a_out << ')';
     }
     if (offset != 0) {
@@ -42,14 +38,13 @@ void writeAddress(std::ostream& a_out, const std::string& a_memory, const std::v
     }
 }
 
-void writeLoad(std::ostream& a_out, const std::string& a_memory, const std::string& a_name, unsigned a_bytes)
+// The big-endian value of a cell's a_bytes bytes (load8 to load64), or,
+// for another size, its byte a_extra.
+void writeLoad(std::ostream& a_out, const std::string& a_memory, const std::vector<std::int32_t>& a_offsets,
+               const std::string& a_base, unsigned a_bytes, std::int32_t a_extra)
 {
-    std::vector<std::int32_t> offsets;
-    std::string base;
-    if (!readMemoryCellName(a_name, offsets, base))
-        return;
     a_out << "(load" << 8 * a_bytes << ' ' << a_memory << ' ';
-    writeAddress(a_out, a_memory, offsets, offsets.size(), base);
+    writeAddress(a_out, a_memory, a_offsets, a_offsets.size(), a_base, a_extra);
     a_out << ')';
 }
 
@@ -183,17 +178,30 @@ void Smt2Output::writePropositions()
 void Smt2Output::writeMapping()
 {
     for (const auto& pair : m_mapping.getMembers()) {
-        // A cell whose size the debugging information does not tell is
-        // taken as a word.
-        unsigned bytes = pair.second.m_byte_size ? pair.second.m_byte_size : 4;
-        if (bytes != 1 && bytes != 2 && bytes != 4 && bytes != 8)
+        std::vector<std::int32_t> source_offsets;
+        std::vector<std::int32_t> target_offsets;
+        std::string source_base;
+        std::string target_base;
+        if (!readMemoryCellName(pair.first, source_offsets, source_base) ||
+            !readMemoryCellName(pair.second.m_target, target_offsets, target_base))
             continue;
+        // A cell whose size the debugging information does not tell is
+        // taken as a word; a size that no load has is compared byte by byte.
+        unsigned bytes = pair.second.m_byte_size ? pair.second.m_byte_size : 4;
+        bool whole = bytes == 1 || bytes == 2 || bytes == 4 || bytes == 8;
         for (const char* memory : {"MEM", "PMEM"}) {
-            m_out << "(assert (= ";
-            writeLoad(m_out, memory, pair.first, bytes);
-            m_out << ' ';
-            writeLoad(m_out, memory, pair.second.m_target, bytes);
-            m_out << "))\n";
+            m_out << (whole ? "(assert (= " : "(assert (and");
+            for (unsigned i = 0; i < (whole ? 1 : bytes); ++i) {
+                std::int32_t extra = static_cast<std::int32_t>(i);
+                if (!whole)
+                    m_out << " (= ";
+                writeLoad(m_out, memory, source_offsets, source_base, whole ? bytes : 1, extra);
+                m_out << ' ';
+                writeLoad(m_out, memory, target_offsets, target_base, whole ? bytes : 1, extra);
+                if (!whole)
+                    m_out << ')';
+            }
+            m_out << (whole ? "))\n" : "))\n");
         }
     }
     m_out << "(assert (= r3 C_))\n";
