@@ -14,6 +14,7 @@
 #include "basicblock.h"
 #include "common.h"
 #include "dwarf_debug.h"
+#include "listing_source.h"
 #include "machine.h"
 #include "misc/stop.h"
 #include "parse.h"
@@ -132,16 +133,6 @@ void readOptions(int argc, char** argv, CommandLine& a_line, std::ifstream& a_ex
     }
 }
 
-// Owns the listing's stream for the length of the run.
-struct ListingFile {
-    FILE* m_file = nullptr;
-    ~ListingFile()
-    {
-        if (m_file)
-            std::fclose(m_file);
-    }
-};
-
 int run(int argc, char** argv)
 {
     if (argc - 1 < 8)
@@ -149,9 +140,8 @@ int run(int argc, char** argv)
 
     CommandLine line;
     line.listing = argv[1];
-    ListingFile listing;
-    listing.m_file = std::fopen(line.listing, "r");
-    if (!listing.m_file)
+    ListingSource listing;
+    if (!listing.open(line.listing))
         stopRun(std::string("Cannot open concrete system file ") + line.listing + "\n");
 
     setOutFormat(CVC);
@@ -159,6 +149,10 @@ int run(int argc, char** argv)
     readOptions(argc, argv, line, executable);
     if (!line.executable || !line.node || !line.unit)
         usageStop("Missing parameters ");
+    // Before the output file exists: a node without code to read leaves
+    // nothing that could pass for an output.
+    if (listing.isExecutable())
+        listing.decodeNode(line.node);
 
     setOutFile("a_stdout");
     if (!outFileIsOpen())
@@ -174,7 +168,7 @@ int run(int argc, char** argv)
     banner(35, "* MAPPING DONE.                   *");
 
     banner(35, std::string("* PARSING ASSEMBLY FILE ") + line.listing);
-    startScanner(listing.m_file, line.listing);
+    startScanner(listing.stream(), line.listing);
     if (yyparse() != 0 || !parse_basic_blocks[0])
         stopRun(std::string("Syntax error in ") + line.listing + " at line " + std::to_string(scannerLine()) +
                 "\n");
