@@ -62,6 +62,20 @@ public:
         return part != m_component[a_index] && m_reaches_return[part] && !m_reaches_indirect[part];
     }
 
+    // Whether no path falls through instruction a_index, the last line
+    // before a copy, as a forward reader of the listing sees it: a return,
+    // or a shared-tail branch redirected to a copy (a_kept, by tail entry)
+    // that comes later.
+    bool endsPath(int a_index, const std::vector<bool>& a_kept) const
+    {
+        const DecodedInstruction& instruction = m_code[a_index];
+        const bool always = branchesAlways(instruction.branchOptions());
+        if (instruction.m_opcode == bclr)
+            return always;
+        return (instruction.m_opcode == b || (instruction.m_opcode == bc && always)) && entersSharedTail(a_index) &&
+               a_kept[targetOf(a_index)];
+    }
+
     // Orders tail entries so that a tail that reaches another comes first.
     bool reachedFirst(int a_left, int a_right) const
     {
@@ -248,14 +262,41 @@ std::vector<ListingLine> layOutNode(const std::vector<DecodedInstruction>& a_cod
     tails.erase(std::unique(tails.begin(), tails.end()), tails.end());
     std::sort(tails.begin(), tails.end(), [&](int a_left, int a_right) { return flow.reachedFirst(a_left, a_right); });
 
+    std::size_t copied = 0;
+    std::vector<std::vector<int>> members;
+    for (int tail : tails)
+        members.push_back(flow.tailFrom(tail, copied, a_copy_limit));
+
+    // A copy goes after a line that no path falls through. After a tail
+    // call, a call that does not come back or a loop's branch, a copy would
+    // be entered by falling into it: that copy and the ones after it are
+    // left out, and the branches into their tails stay as they are (which
+    // may in turn leave an earlier copy without its end).
+    std::vector<bool> kept(count, false);
+    std::size_t placed = tails.size();
+    for (bool shrinking = true; shrinking;) {
+        shrinking = false;
+        std::fill(kept.begin(), kept.end(), false);
+        for (std::size_t i = 0; i < placed; ++i)
+            kept[tails[i]] = true;
+        int before = count - 1;
+        for (std::size_t i = 0; i < placed; ++i) {
+            if (!flow.endsPath(before, kept)) {
+                placed = i;
+                shrinking = true;
+                break;
+            }
+            before = members[i].back();
+        }
+    }
+
     // The line where each tail's copy is entered.
     std::vector<std::uint32_t> copy_entry(count, 0);
     std::vector<int> line_in_copy(count, NO_INSTRUCTION);
-    std::size_t copied = 0;
-    for (int tail : tails) {
-        const std::vector<int> members = flow.tailFrom(tail, copied, a_copy_limit);
+    for (std::size_t i = 0; i < placed; ++i) {
+        const int tail = tails[i];
         const std::size_t first = lines.size();
-        for (int member : members) {
+        for (int member : members[i]) {
             line_in_copy[member] = static_cast<int>(lines.size());
             addLine(member);
         }
@@ -268,8 +309,9 @@ std::vector<ListingLine> layOutNode(const std::vector<DecodedInstruction>& a_cod
                 continue;
             lines[line].m_target_in_listing = true;
             // A successor of a member is a member, or the entry of another
-            // tail (redirected below); a call's target stays where it is.
-            const bool in_copy = std::binary_search(members.begin(), members.end(), target);
+            // tail (redirected below, or left where it is); a call's target
+            // stays where it is.
+            const bool in_copy = std::binary_search(members[i].begin(), members[i].end(), target);
             lines[line].m_target_offset = static_cast<std::uint32_t>(in_copy ? 4 * line_in_copy[target] : 4 * target);
         }
     }
@@ -277,7 +319,7 @@ std::vector<ListingLine> layOutNode(const std::vector<DecodedInstruction>& a_cod
     // Copies come after every branch that enters them, so the branches
     // redirected here all go forward.
     for (std::size_t line = 0; line < lines.size(); ++line)
-        if (flow.entersSharedTail(origin[line]))
+        if (flow.entersSharedTail(origin[line]) && kept[flow.targetOf(origin[line])])
             lines[line].m_target_offset = copy_entry[flow.targetOf(origin[line])];
     return lines;
 }

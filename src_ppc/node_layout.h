@@ -10,9 +10,11 @@
 // instructions reachable from the tail's entry, in address order, up to the
 // branches into other shared tails, which go to the copies of those tails
 // (always placed later); its other branches point into it. There is one
-// copy per tail entry. Backward branches that can reach themselves (loops),
-// and tails that reach an indirect jump (whose targets are unknown here),
-// are left as they are.
+// copy per tail entry. A copy only follows a line that no path falls
+// through (a return, or a branch to a later line): after a node that ends
+// otherwise (a tail call, say) no copy is placed. Backward branches that can
+// reach themselves (loops), tails that reach an indirect jump (whose targets
+// are unknown here) and tails left without a copy stay as they are.
 #ifndef VELCOR_SRC_PPC_NODE_LAYOUT_H
 #define VELCOR_SRC_PPC_NODE_LAYOUT_H
 

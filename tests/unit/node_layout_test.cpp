@@ -134,6 +134,23 @@ TEST(NodeLayoutTest, BranchesThatAreNotSharedTailsStay)
                                                 "10000004: <n+4>: bclr 20,0\n");
 }
 
+TEST(NodeLayoutTest, CopiesFollowOnlyLinesThatEndTheirPath)
+{
+    // The node ends with a tail call: a copy after it would be entered by
+    // falling through, so the branch into the tail stays.
+    const std::vector<std::uint32_t> tail_call = {branchIf(4, 1, 0, 4), addImmediate(1), STORE, RETURN,
+                                                  addImmediate(2), branchIf(12, 2, 5, 2), branch(6, 1024)};
+    std::string ending_in_a_call = listing(tail_call);
+    EXPECT_EQ(ending_in_a_call.find("copy"), std::string::npos) << ending_in_a_call;
+    EXPECT_NE(ending_in_a_call.find("<n+20>: bc 12,2,<n+8>"), std::string::npos) << ending_in_a_call;
+    // The same with a return at the end: the copy is placed.
+    std::vector<std::uint32_t> returning = tail_call;
+    returning.back() = RETURN;
+    std::string ending_in_a_return = listing(returning);
+    EXPECT_NE(ending_in_a_return.find(COPY_OF_8), std::string::npos) << ending_in_a_return;
+    EXPECT_NE(ending_in_a_return.find("<n+20>: bc 12,2,<n+28>"), std::string::npos) << ending_in_a_return;
+}
+
 TEST(NodeLayoutTest, CopiesAreBounded)
 {
     // Tails entered at each of m consecutive instructions that run on to
@@ -145,6 +162,7 @@ TEST(NodeLayoutTest, CopiesAreBounded)
     words.push_back(RETURN);
     for (int i = 0; i < m; ++i)
         words.push_back(branchIf(12, 0, m + 1 + i, i));
+    words.push_back(RETURN);
     const std::size_t copied = m * (m + 1) / 2 + m;
     std::string whole = listing(words, copied);
     EXPECT_NE(whole.find("<n+" + std::to_string(4 * (words.size() + copied - 1)) + ">: bclr 20,0\n"),
