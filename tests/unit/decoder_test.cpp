@@ -1,6 +1,8 @@
 // The decoder and the listing writer: words encoded by hand from the
 // instruction formats (primary opcode in bits 0-5, the fields after it, the
-// extended opcode in bits 21-30 or 26-30), read back as listing text.
+// extended opcode in bits 21-30 or 26-30), read back as listing text. Each
+// form once, with its edge fields; every mnemonic on assembled code is the
+// objdump agreement test's part (tests/compiled).
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -54,22 +56,15 @@ TEST(DecoderTest, LoadsAndStores)
         {0x9421ffe0, "stwu r1,-32(r1)"},      // 37 | RS 1 | RA 1 | D -32
         {0x893f8000, "lbz r9,-32768(r31)"},   // 34, the most negative displacement, register 31
         {0xa0007fff, "lhz r0,32767(r0)"},     // 40, base field 0 is (rA|0), written r0
-        {0xa9230002, "lha r9,2(r3)"},         // 42
-        {0xb1230006, "sth r9,6(r3)"},         // 44
-        {0x99230007, "stb r9,7(r3)"},         // 38
         {0xbfc10018, "stmw r30,24(r1)"},      // 47
         {0xbbc10018, "lmw r30,24(r1)"},       // 46
         {0x852a0004, "lwzu r9,4(r10)"},       // 33
         {0xc8230008, "lfd f1,8(r3)"},         // 50
-        {0xc0030000, "lfs f0,0(r3)"},         // 48
         {0xdfe1fff8, "stfdu f31,-8(r1)"},     // 55
-        {0xd01f000c, "stfs f0,12(r31)"},      // 52
         {0x7d2350ae, "lbzx r9,r3,r10"},       // 31/87
         {0x7d20502e, "lwzx r9,r0,r10"},       // 31/23 with the (rA|0) field 0
         {0x7d21516e, "stwux r9,r1,r10"},      // 31/183
-        {0x7d23526e, "lhzux r9,r3,r10"},      // 31/311
         {0x7c0957ae, "stfiwx f0,r9,r10"},     // 31/983
-        {0x7c2354ae, "lfdx f1,r3,r10"},       // 31/599
     });
 }
 
@@ -95,16 +90,9 @@ TEST(DecoderTest, ArithmeticAndCompares)
         {0x1c640007, "mulli r3,r4,7"},       // 7
         {0x7c642a14, "add r3,r4,r5"},        // 31/266
         {0x7c642a15, "add. r3,r4,r5"},       // Rc = 1
-        {0x7c642850, "subf r3,r4,r5"},       // 31/40
         {0x7c6400d0, "neg r3,r4"},           // 31/104
-        {0x7c640194, "addze r3,r4"},         // 31/202
-        {0x7c642914, "adde r3,r4,r5"},       // 31/138
-        {0x7c642810, "subfc r3,r4,r5"},      // 31/8
         {0x7d295016, "mulhwu r9,r9,r10"},    // 31/11
-        {0x7c642896, "mulhw r3,r4,r5"},      // 31/75
         {0x7c642b97, "divwu. r3,r4,r5"},     // 31/459, Rc = 1
-        {0x7c642bd6, "divw r3,r4,r5"},       // 31/491
-        {0x7c6429d6, "mullw r3,r4,r5"},      // 31/235
         {0x2f890000, "cmpi 7,r9,0"},         // 11 | BF 7 | RA 9
         {0x2803ffff, "cmpli 0,r3,65535"},    // 10, the largest unsigned immediate
         {0x7f895000, "cmp 7,r9,r10"},        // 31/0
@@ -132,22 +120,13 @@ TEST(DecoderTest, LogicShiftsAndRotates)
         {0x60000000, "ori r0,r0,0"},               // 24: rA, rS, UIMM
         {0x7129ffff, "andi. r9,r9,65535"},         // 28
         {0x6c838000, "xoris r3,r4,32768"},         // 27: rA 3 before rS 4
-        {0x64830001, "oris r3,r4,1"},              // 25
-        {0x68830007, "xori r3,r4,7"},              // 26
         {0x7c832378, "or r3,r4,r4"},               // 31/444
         {0x7c832839, "and. r3,r4,r5"},             // 31/28, Rc = 1
-        {0x7c8320f8, "nor r3,r4,r4"},              // 31/124
         {0x7c832a78, "xor r3,r4,r5"},              // 31/316
-        {0x7c832878, "andc r3,r4,r5"},             // 31/60
-        {0x7c832b38, "orc r3,r4,r5"},              // 31/412
-        {0x7c832bb8, "nand r3,r4,r5"},             // 31/476
-        {0x7c832a38, "eqv r3,r4,r5"},              // 31/284
         {0x7d290734, "extsh r9,r9"},               // 31/922
         {0x7c830775, "extsb. r3,r4"},              // 31/954, Rc = 1
         {0x7d29fe70, "srawi r9,r9,31"},            // 31/824, shift 31
         {0x7c832830, "slw r3,r4,r5"},              // 31/24
-        {0x7c832c30, "srw r3,r4,r5"},              // 31/536
-        {0x7c832e30, "sraw r3,r4,r5"},             // 31/792
         {0x7d800034, "cntlzw r0,r12"},             // 31/26
         {0x5529fffe, "rlwinm r9,r9,31,31,31"},     // 21, SH MB ME all 31
         {0x55290001, "rlwinm. r9,r9,0,0,0"},       // Rc = 1
@@ -171,7 +150,6 @@ TEST(DecoderTest, BranchesAndTheirTargets)
         {0x4d820020, "bclr 12,2"},             // a conditional return
         {0x4e800820, "bclr 20,0,1"},           // a branch hint that is not 0
         {0x4e800420, "bcctr 20,0"},            // 19/528
-        {0x4e800421, "bcctrl 20,0"},
         {0x4d9e0420, "bcctr 12,30"},
     });
 }
@@ -191,9 +169,6 @@ TEST(DecoderTest, ConditionRegisterSpecialRegistersAndSynchronisation)
     expectTexts({
         {0x4cc63182, "crxor 6,6,6"},      // 19/193
         {0x4c221a02, "crand 1,2,3"},      // 19/257
-        {0x4c221b82, "cror 1,2,3"},       // 19/449
-        {0x4c221842, "crnor 1,2,3"},      // 19/33
-        {0x4c221a42, "creqv 1,2,3"},      // 19/289
         {0x4f800000, "mcrf 7,0"},         // 19/0
         {0x7d800026, "mfcr r12"},         // 31/19
         {0x7c080120, "mtcrf 128,r0"},     // 31/144
@@ -215,21 +190,14 @@ TEST(DecoderTest, FloatingPoint)
 {
     expectTexts({
         {0xfc22182a, "fadd f1,f2,f3"},                // 63/21
-        {0xfc221828, "fsub f1,f2,f3"},                // 63/20
         {0xfc221825, "fdiv. f1,f2,f3"},               // 63/18, Rc = 1
         {0xec2200f2, "fmuls f1,f2,f3"},               // 59/25: FRT, FRA, FRC
-        {0xec22182a, "fadds f1,f2,f3"},               // 59/21
         {0xec2220fa, "fmadds f1,f2,f3,f4"},           // 59/29: FRT, FRA, FRC, FRB
-        {0xfc2220f8, "fmsub f1,f2,f3,f4"},            // 63/28
         {0xfffffffd, "fnmsub. f31,f31,f31,f31"},      // 63/30, every field 31
         {0xffffffff, "fnmadd. f31,f31,f31,f31"},      // 63/31
         {0xfc201090, "fmr f1,f2"},                    // 63/72
         {0xfc201051, "fneg. f1,f2"},                  // 63/40
-        {0xfc201210, "fabs f1,f2"},                   // 63/264
-        {0xfc201110, "fnabs f1,f2"},                  // 63/136
-        {0xfc201018, "frsp f1,f2"},                   // 63/12
         {0xfc00081e, "fctiwz f0,f1"},                 // 63/15
-        {0xfc00081c, "fctiw f0,f1"},                  // 63/14
     });
 }
 
