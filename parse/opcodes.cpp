@@ -7,10 +7,9 @@
 #include "parse.h"
 
 const char* const top_names[TOP_COUNT] = {
-    "addi",   "addis", "add",  "andc",   "divw",   "mulli",  "mullw",   "stw",  "bclr",
-    "stwu",   "mfspr", "stmw", "lwz",    "lwzu",   "lmw",    "cmpi",    "cmpli", "bc",
-    "b",      "subf",  "bl",   "cntlzw", "rlwinm", "rlwinm.", "mfcr",   "mtspr", "or",
-    "ori",    "neg",   "lfs",  "fsubs",  "stfs",   "fadds",  "fmuls",   "fcmpu", "UNDEFINED"};
+    "addi", "addis", "add", "andc", "divw",  "mulli", "mullw", "stw",  "bclr",  "stwu",   "mfspr",  "stmw",
+    "lwz",  "lwzu",  "lmw", "cmpi", "cmpli", "bc",    "b",     "subf", "bl",    "cntlzw", "rlwinm", "rlwinm.",
+    "mfcr", "mtspr", "or",  "ori",  "neg",   "lfs",   "fsubs", "stfs", "fadds", "fmuls",  "fcmpu",  "UNDEFINED"};
 
 namespace {
 

@@ -30,7 +30,7 @@ bool ElfImage::startsLikeElf(const std::vector<unsigned char>& a_start)
 }
 
 std::unique_ptr<ElfImage> ElfImage::fromBytes(std::vector<unsigned char> a_bytes, const std::string& a_path,
-                                               std::string& a_problem)
+                                              std::string& a_problem)
 {
     std::unique_ptr<ElfImage> image(new ElfImage(std::move(a_bytes), a_path));
     if (!image->read(a_problem))
@@ -67,7 +67,8 @@ bool ElfImage::read(std::string& a_problem)
 {
     // The identification is checked before libelf sees the file, so that
     // any other class or byte order gets the same answer.
-    if (!startsLikeElf(m_bytes) || m_bytes.size() < EI_NIDENT || m_bytes[EI_CLASS] != ELFCLASS32 || m_bytes[EI_DATA] != ELFDATA2MSB) {
+    if (!startsLikeElf(m_bytes) || m_bytes.size() < EI_NIDENT || m_bytes[EI_CLASS] != ELFCLASS32 ||
+        m_bytes[EI_DATA] != ELFDATA2MSB) {
         a_problem = NOT_POWERPC;
         return false;
     }
@@ -99,7 +100,8 @@ bool ElfImage::read(std::string& a_problem)
     // libelf takes a section table cut by the end of the file for no table
     // at all; the table, and every section, must be there whole. (With
     // more sections than e_shnum can hold, the count is in section 0.)
-    const std::uint64_t listed = header->e_shoff ? std::max<std::uint64_t>(header->e_shnum, std::max<std::size_t>(count, 1)) : 0;
+    const std::uint64_t listed =
+        header->e_shoff ? std::max<std::uint64_t>(header->e_shnum, std::max<std::size_t>(count, 1)) : 0;
     if (std::uint64_t(header->e_shoff) + listed * sizeof(Elf32_Shdr) > m_bytes.size()) {
         a_problem = PAST_THE_END;
         return false;
@@ -114,8 +116,7 @@ bool ElfImage::read(std::string& a_problem)
             a_problem = libelfProblem();
             return false;
         }
-        if (section->sh_type != SHT_NOBITS &&
-            std::uint64_t(section->sh_offset) + section->sh_size > m_bytes.size()) {
+        if (section->sh_type != SHT_NOBITS && std::uint64_t(section->sh_offset) + section->sh_size > m_bytes.size()) {
             a_problem = PAST_THE_END;
             return false;
         }
@@ -175,16 +176,18 @@ std::vector<const ElfImage::Symbol*> ElfImage::functionsNamed(const std::string&
     for (const Symbol& symbol : m_functions)
         if (symbol.m_name == a_name)
             found.push_back(&symbol);
-    std::stable_sort(found.begin(), found.end(),
-                     [](const Symbol* a_left, const Symbol* a_right) { return a_left->m_global && !a_right->m_global; });
+    std::stable_sort(found.begin(), found.end(), [](const Symbol* a_left, const Symbol* a_right) {
+        return a_left->m_global && !a_right->m_global;
+    });
     return found;
 }
 
 const ElfImage::Symbol* ElfImage::functionHolding(std::uint32_t a_address) const
 {
     // The symbols at the greatest address not above a_address.
-    auto after = std::upper_bound(m_functions.begin(), m_functions.end(), a_address,
-                                  [](std::uint32_t a_value, const Symbol& a_symbol) { return a_value < a_symbol.m_address; });
+    auto after =
+        std::upper_bound(m_functions.begin(), m_functions.end(), a_address,
+                         [](std::uint32_t a_value, const Symbol& a_symbol) { return a_value < a_symbol.m_address; });
     if (after == m_functions.begin())
         return nullptr;
     const std::uint32_t start = std::prev(after)->m_address;
@@ -202,7 +205,7 @@ const ElfImage::Symbol* ElfImage::functionHolding(std::uint32_t a_address) const
 }
 
 ElfImage::Bytes ElfImage::sectionBytes(std::size_t a_section, std::uint32_t a_address, std::uint32_t a_size,
-                                   std::string& a_problem) const
+                                       std::string& a_problem) const
 {
     Bytes bytes;
     if (a_section == 0 || a_section >= m_sections.size())

@@ -25,8 +25,7 @@ bool ListingWriter::isListingName(const std::string& a_name)
     return get_topcode(a_name.c_str()) == TOP_UNDEFINED;
 }
 
-void ListingWriter::writeOperand(std::ostream& a_out, const ListingLine& a_line,
-                                 const DecodedOperand& a_operand) const
+void ListingWriter::writeOperand(std::ostream& a_out, const ListingLine& a_line, const DecodedOperand& a_operand) const
 {
     switch (a_operand.m_kind) {
     case OperandKind::GENERAL_REGISTER:

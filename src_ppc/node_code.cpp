@@ -48,7 +48,8 @@ std::string nodeListing(const ElfImage& a_image, const std::string& a_node)
     std::vector<DecodedInstruction> code;
     code.reserve(bytes.m_size / 4);
     for (std::size_t at = 0; at < bytes.m_size; at += 4)
-        code.push_back(decodeInstruction(bigEndianWord(bytes.m_data + at), symbol.m_address + static_cast<std::uint32_t>(at)));
+        code.push_back(
+            decodeInstruction(bigEndianWord(bytes.m_data + at), symbol.m_address + static_cast<std::uint32_t>(at)));
 
     ListingWriter writer(a_node, symbol.m_address, [&a_image](std::uint32_t a_address) {
         const ElfImage::Symbol* holder = a_image.functionHolding(a_address);

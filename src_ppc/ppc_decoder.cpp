@@ -12,33 +12,33 @@ namespace {
 // what it is.
 enum Field : unsigned char {
     NONE,
-    RT,          // general register, bits 6-10 (RT or RS)
-    RA,          // general register, bits 11-15
-    RA_OR_ZERO,  // the (rA|0) field, bits 11-15
-    RB,          // general register, bits 16-20
-    FRT,         // float register, bits 6-10 (FRT or FRS)
-    FRA,         // float register, bits 11-15
-    FRB,         // float register, bits 16-20
-    FRC,         // float register, bits 21-25
-    BF,          // condition field, bits 6-8
-    BFA,         // condition field, bits 11-13
-    BT,          // condition bit, bits 6-10
-    BA,          // condition bit, bits 11-15
-    BB,          // condition bit, bits 16-20
-    BO,          // number, bits 6-10 (BO, or TO of the traps)
-    BI,          // condition bit, bits 11-15
-    BH,          // number, bits 19-20, written only when not 0
-    SIMM,        // signed number, bits 16-31
-    UIMM,        // unsigned number, bits 16-31
-    D_RA_OR_ZERO,// displacement, bits 16-31, with the (rA|0) base
-    D_RA,        // displacement, bits 16-31, with the updated base rA
-    SH,          // number, bits 16-20
-    MB,          // number, bits 21-25
-    ME,          // number, bits 26-30
-    SPR,         // number, bits 11-20 with their halves swapped
-    CRM,         // number, bits 12-19
-    BD,          // target, bits 16-29, relative
-    LI           // target, bits 6-29, relative
+    RT,           // general register, bits 6-10 (RT or RS)
+    RA,           // general register, bits 11-15
+    RA_OR_ZERO,   // the (rA|0) field, bits 11-15
+    RB,           // general register, bits 16-20
+    FRT,          // float register, bits 6-10 (FRT or FRS)
+    FRA,          // float register, bits 11-15
+    FRB,          // float register, bits 16-20
+    FRC,          // float register, bits 21-25
+    BF,           // condition field, bits 6-8
+    BFA,          // condition field, bits 11-13
+    BT,           // condition bit, bits 6-10
+    BA,           // condition bit, bits 11-15
+    BB,           // condition bit, bits 16-20
+    BO,           // number, bits 6-10 (BO, or TO of the traps)
+    BI,           // condition bit, bits 11-15
+    BH,           // number, bits 19-20, written only when not 0
+    SIMM,         // signed number, bits 16-31
+    UIMM,         // unsigned number, bits 16-31
+    D_RA_OR_ZERO, // displacement, bits 16-31, with the (rA|0) base
+    D_RA,         // displacement, bits 16-31, with the updated base rA
+    SH,           // number, bits 16-20
+    MB,           // number, bits 21-25
+    ME,           // number, bits 26-30
+    SPR,          // number, bits 11-20 with their halves swapped
+    CRM,          // number, bits 12-19
+    BD,           // target, bits 16-29, relative
+    LI            // target, bits 6-29, relative
 };
 
 // The bits each field occupies.
@@ -105,8 +105,8 @@ enum class Check : unsigned char {
 // How the extended opcode is placed.
 enum class Extended : unsigned char {
     NONE,
-    X,  // bits 21-30 (X, XL, XFX, and XO forms with OE = 0)
-    A   // bits 26-30 (A form)
+    X, // bits 21-30 (X, XL, XFX, and XO forms with OE = 0)
+    A  // bits 26-30 (A form)
 };
 
 constexpr int MAX_FIELDS = MAX_DECODED_OPERANDS;

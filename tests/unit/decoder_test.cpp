@@ -52,19 +52,19 @@ void expectTexts(const std::vector<Case>& a_cases)
 TEST(DecoderTest, LoadsAndStores)
 {
     expectTexts({
-        {0x81230008, "lwz r9,8(r3)"},         // 32 | RT 9 | RA 3 | D 8
-        {0x9421ffe0, "stwu r1,-32(r1)"},      // 37 | RS 1 | RA 1 | D -32
-        {0x893f8000, "lbz r9,-32768(r31)"},   // 34, the most negative displacement, register 31
-        {0xa0007fff, "lhz r0,32767(r0)"},     // 40, base field 0 is (rA|0), written r0
-        {0xbfc10018, "stmw r30,24(r1)"},      // 47
-        {0xbbc10018, "lmw r30,24(r1)"},       // 46
-        {0x852a0004, "lwzu r9,4(r10)"},       // 33
-        {0xc8230008, "lfd f1,8(r3)"},         // 50
-        {0xdfe1fff8, "stfdu f31,-8(r1)"},     // 55
-        {0x7d2350ae, "lbzx r9,r3,r10"},       // 31/87
-        {0x7d20502e, "lwzx r9,r0,r10"},       // 31/23 with the (rA|0) field 0
-        {0x7d21516e, "stwux r9,r1,r10"},      // 31/183
-        {0x7c0957ae, "stfiwx f0,r9,r10"},     // 31/983
+        {0x81230008, "lwz r9,8(r3)"},       // 32 | RT 9 | RA 3 | D 8
+        {0x9421ffe0, "stwu r1,-32(r1)"},    // 37 | RS 1 | RA 1 | D -32
+        {0x893f8000, "lbz r9,-32768(r31)"}, // 34, the most negative displacement, register 31
+        {0xa0007fff, "lhz r0,32767(r0)"},   // 40, base field 0 is (rA|0), written r0
+        {0xbfc10018, "stmw r30,24(r1)"},    // 47
+        {0xbbc10018, "lmw r30,24(r1)"},     // 46
+        {0x852a0004, "lwzu r9,4(r10)"},     // 33
+        {0xc8230008, "lfd f1,8(r3)"},       // 50
+        {0xdfe1fff8, "stfdu f31,-8(r1)"},   // 55
+        {0x7d2350ae, "lbzx r9,r3,r10"},     // 31/87
+        {0x7d20502e, "lwzx r9,r0,r10"},     // 31/23 with the (rA|0) field 0
+        {0x7d21516e, "stwux r9,r1,r10"},    // 31/183
+        {0x7c0957ae, "stfiwx f0,r9,r10"},   // 31/983
     });
 }
 
@@ -117,39 +117,39 @@ TEST(DecoderTest, ReservedBitsAndOverflowFormsAreNoInstruction)
 TEST(DecoderTest, LogicShiftsAndRotates)
 {
     expectTexts({
-        {0x60000000, "ori r0,r0,0"},               // 24: rA, rS, UIMM
-        {0x7129ffff, "andi. r9,r9,65535"},         // 28
-        {0x6c838000, "xoris r3,r4,32768"},         // 27: rA 3 before rS 4
-        {0x7c832378, "or r3,r4,r4"},               // 31/444
-        {0x7c832839, "and. r3,r4,r5"},             // 31/28, Rc = 1
-        {0x7c832a78, "xor r3,r4,r5"},              // 31/316
-        {0x7d290734, "extsh r9,r9"},               // 31/922
-        {0x7c830775, "extsb. r3,r4"},              // 31/954, Rc = 1
-        {0x7d29fe70, "srawi r9,r9,31"},            // 31/824, shift 31
-        {0x7c832830, "slw r3,r4,r5"},              // 31/24
-        {0x7d800034, "cntlzw r0,r12"},             // 31/26
-        {0x5529fffe, "rlwinm r9,r9,31,31,31"},     // 21, SH MB ME all 31
-        {0x55290001, "rlwinm. r9,r9,0,0,0"},       // Rc = 1
-        {0x51491f38, "rlwimi r9,r10,3,28,28"},     // 20
-        {0x5d49583e, "rlwnm r9,r10,r11,0,31"},     // 23
+        {0x60000000, "ori r0,r0,0"},           // 24: rA, rS, UIMM
+        {0x7129ffff, "andi. r9,r9,65535"},     // 28
+        {0x6c838000, "xoris r3,r4,32768"},     // 27: rA 3 before rS 4
+        {0x7c832378, "or r3,r4,r4"},           // 31/444
+        {0x7c832839, "and. r3,r4,r5"},         // 31/28, Rc = 1
+        {0x7c832a78, "xor r3,r4,r5"},          // 31/316
+        {0x7d290734, "extsh r9,r9"},           // 31/922
+        {0x7c830775, "extsb. r3,r4"},          // 31/954, Rc = 1
+        {0x7d29fe70, "srawi r9,r9,31"},        // 31/824, shift 31
+        {0x7c832830, "slw r3,r4,r5"},          // 31/24
+        {0x7d800034, "cntlzw r0,r12"},         // 31/26
+        {0x5529fffe, "rlwinm r9,r9,31,31,31"}, // 21, SH MB ME all 31
+        {0x55290001, "rlwinm. r9,r9,0,0,0"},   // Rc = 1
+        {0x51491f38, "rlwimi r9,r10,3,28,28"}, // 20
+        {0x5d49583e, "rlwnm r9,r10,r11,0,31"}, // 23
     });
 }
 
 TEST(DecoderTest, BranchesAndTheirTargets)
 {
     expectTexts({
-        {0x48000010, "b <node+272>"},          // 18, 16 bytes on
-        {0x4bfffffc, "b <node+252>"},          // 4 bytes back
-        {0x48000011, "bl <node+272>"},         // LK = 1, the same target
-        {0x419e0010, "bc 12,30,<node+272>"},   // 16 | BO 12 | BI 30
-        {0x40818000, "bc 4,1,<node+-32512>"},  // the most negative BD: 32768 back
-        {0x41ff0008, "bc 15,31,<node+264>"},   // BI 31
-        {0x429f0005, "bcl 20,31,<node+260>"},  // reads the address of the next word
-        {0x4e800020, "bclr 20,0"},             // 19/16
+        {0x48000010, "b <node+272>"},         // 18, 16 bytes on
+        {0x4bfffffc, "b <node+252>"},         // 4 bytes back
+        {0x48000011, "bl <node+272>"},        // LK = 1, the same target
+        {0x419e0010, "bc 12,30,<node+272>"},  // 16 | BO 12 | BI 30
+        {0x40818000, "bc 4,1,<node+-32512>"}, // the most negative BD: 32768 back
+        {0x41ff0008, "bc 15,31,<node+264>"},  // BI 31
+        {0x429f0005, "bcl 20,31,<node+260>"}, // reads the address of the next word
+        {0x4e800020, "bclr 20,0"},            // 19/16
         {0x4e800021, "bclrl 20,0"},
-        {0x4d820020, "bclr 12,2"},             // a conditional return
-        {0x4e800820, "bclr 20,0,1"},           // a branch hint that is not 0
-        {0x4e800420, "bcctr 20,0"},            // 19/528
+        {0x4d820020, "bclr 12,2"},   // a conditional return
+        {0x4e800820, "bclr 20,0,1"}, // a branch hint that is not 0
+        {0x4e800420, "bcctr 20,0"},  // 19/528
         {0x4d9e0420, "bcctr 12,30"},
     });
 }
@@ -189,15 +189,15 @@ TEST(DecoderTest, ConditionRegisterSpecialRegistersAndSynchronisation)
 TEST(DecoderTest, FloatingPoint)
 {
     expectTexts({
-        {0xfc22182a, "fadd f1,f2,f3"},                // 63/21
-        {0xfc221825, "fdiv. f1,f2,f3"},               // 63/18, Rc = 1
-        {0xec2200f2, "fmuls f1,f2,f3"},               // 59/25: FRT, FRA, FRC
-        {0xec2220fa, "fmadds f1,f2,f3,f4"},           // 59/29: FRT, FRA, FRC, FRB
-        {0xfffffffd, "fnmsub. f31,f31,f31,f31"},      // 63/30, every field 31
-        {0xffffffff, "fnmadd. f31,f31,f31,f31"},      // 63/31
-        {0xfc201090, "fmr f1,f2"},                    // 63/72
-        {0xfc201051, "fneg. f1,f2"},                  // 63/40
-        {0xfc00081e, "fctiwz f0,f1"},                 // 63/15
+        {0xfc22182a, "fadd f1,f2,f3"},           // 63/21
+        {0xfc221825, "fdiv. f1,f2,f3"},          // 63/18, Rc = 1
+        {0xec2200f2, "fmuls f1,f2,f3"},          // 59/25: FRT, FRA, FRC
+        {0xec2220fa, "fmadds f1,f2,f3,f4"},      // 59/29: FRT, FRA, FRC, FRB
+        {0xfffffffd, "fnmsub. f31,f31,f31,f31"}, // 63/30, every field 31
+        {0xffffffff, "fnmadd. f31,f31,f31,f31"}, // 63/31
+        {0xfc201090, "fmr f1,f2"},               // 63/72
+        {0xfc201051, "fneg. f1,f2"},             // 63/40
+        {0xfc00081e, "fctiwz f0,f1"},            // 63/15
     });
 }
 
@@ -269,9 +269,8 @@ TEST(ListingWriterTest, LineFormAndTargetNames)
     copied.m_copy_of = 8;
     std::ostringstream out;
     writer.write(out, copied);
-    EXPECT_EQ(out.str(),
-              "% copy of the shared tail at <step+8>, for the backward branches that return through it\n"
-              "10000010: <step+64>: b <step+72>\n");
+    EXPECT_EQ(out.str(), "% copy of the shared tail at <step+8>, for the backward branches that return through it\n"
+                         "10000010: <step+64>: b <step+72>\n");
 }
 
 TEST(ListingWriterTest, NamesTheScannerReadsAsNames)

@@ -95,8 +95,10 @@ TEST(NodeCodeTest, SymbolsWithoutCodeToRead)
               cannotRead("its symbol does not cover whole aligned instruction words"));
     EXPECT_EQ(listingOf(text + "symbol step 0x100 6\n"),
               cannotRead("its symbol does not cover whole aligned instruction words"));
-    EXPECT_EQ(listingOf(text + "symbol step 0x104 8\n"), cannotRead("its symbol lies outside the contents of its section"));
-    EXPECT_EQ(listingOf(text + "symbol step 0xfc 8\n"), cannotRead("its symbol lies outside the contents of its section"));
+    EXPECT_EQ(listingOf(text + "symbol step 0x104 8\n"),
+              cannotRead("its symbol lies outside the contents of its section"));
+    EXPECT_EQ(listingOf(text + "symbol step 0xfc 8\n"),
+              cannotRead("its symbol lies outside the contents of its section"));
     EXPECT_EQ(listingOf(text + "symbol step 0x100 8 section 9\n"),
               cannotRead("its symbol lies outside the contents of its section"));
     // A section without contents in the file (SHT_NOBITS).

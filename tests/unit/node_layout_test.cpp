@@ -54,11 +54,10 @@ const char* const COPY_OF_8 = "% copy of the shared tail at <n+8>, for the backw
 
 TEST(NodeLayoutTest, ForwardCodeIsListedAsItIs)
 {
-    EXPECT_EQ(listing({branchIf(12, 2, 0, 2), addImmediate(1), STORE, RETURN}),
-              "10000000: <n>: bc 12,2,<n+8>\n"
-              "10000004: <n+4>: addi r9,r9,1\n"
-              "10000008: <n+8>: stw r9,4(r3)\n"
-              "1000000c: <n+12>: bclr 20,0\n");
+    EXPECT_EQ(listing({branchIf(12, 2, 0, 2), addImmediate(1), STORE, RETURN}), "10000000: <n>: bc 12,2,<n+8>\n"
+                                                                                "10000004: <n+4>: addi r9,r9,1\n"
+                                                                                "10000008: <n+8>: stw r9,4(r3)\n"
+                                                                                "1000000c: <n+12>: bclr 20,0\n");
     EXPECT_EQ(listing({}), "");
 }
 
@@ -78,7 +77,8 @@ TEST(NodeLayoutTest, SharedTailIsCopiedAfterTheEnd)
                   "1000000c: <n+28>: bclr 20,0\n");
     // Two branches into one tail share its copy; a conditional backward
     // branch is redirected too.
-    EXPECT_EQ(listing({branchIf(12, 0, 0, 4), addImmediate(1), STORE, RETURN, branchIf(12, 1, 4, 2), addImmediate(2), branch(6, 2)}),
+    EXPECT_EQ(listing({branchIf(12, 0, 0, 4), addImmediate(1), STORE, RETURN, branchIf(12, 1, 4, 2), addImmediate(2),
+                       branch(6, 2)}),
               std::string("10000000: <n>: bc 12,0,<n+16>\n"
                           "10000004: <n+4>: addi r9,r9,1\n"
                           "10000008: <n+8>: stw r9,4(r3)\n"
@@ -95,8 +95,8 @@ TEST(NodeLayoutTest, TailsWithinTailsGoToLaterCopies)
 {
     // 20 is a tail that ends by going back to the tail at 8; 32 goes back
     // to 20. The copy of 20 comes first and goes on to the copy of 8.
-    EXPECT_EQ(listing({branchIf(12, 0, 0, 4), addImmediate(1), STORE, RETURN, branchIf(12, 1, 4, 7), addImmediate(2), branch(6, 2),
-                       addImmediate(3), branch(8, 5)}),
+    EXPECT_EQ(listing({branchIf(12, 0, 0, 4), addImmediate(1), STORE, RETURN, branchIf(12, 1, 4, 7), addImmediate(2),
+                       branch(6, 2), addImmediate(3), branch(8, 5)}),
               std::string("10000000: <n>: bc 12,0,<n+16>\n"
                           "10000004: <n+4>: addi r9,r9,1\n"
                           "10000008: <n+8>: stw r9,4(r3)\n"
@@ -117,7 +117,8 @@ TEST(NodeLayoutTest, TailsWithinTailsGoToLaterCopies)
 TEST(NodeLayoutTest, BranchesThatAreNotSharedTailsStay)
 {
     // A loop: the target reaches the branch again.
-    const std::vector<std::uint32_t> loop = {addImmediate(1), 0x2f89000a /* cmpi 7,r9,10 */, branchIf(12, 28, 2, 0), RETURN};
+    const std::vector<std::uint32_t> loop = {addImmediate(1), 0x2f89000a /* cmpi 7,r9,10 */, branchIf(12, 28, 2, 0),
+                                             RETURN};
     EXPECT_EQ(listing(loop), "10000000: <n>: addi r9,r9,1\n"
                              "10000004: <n+4>: cmpi 7,r9,10\n"
                              "10000008: <n+8>: bc 12,28,<n>\n"
@@ -131,15 +132,15 @@ TEST(NodeLayoutTest, BranchesThatAreNotSharedTailsStay)
     EXPECT_EQ(leaving.find("copy"), std::string::npos) << leaving;
     // A branch to itself.
     EXPECT_EQ(listing({branch(0, 0), RETURN}), "10000000: <n>: b <n>\n"
-                                                "10000004: <n+4>: bclr 20,0\n");
+                                               "10000004: <n+4>: bclr 20,0\n");
 }
 
 TEST(NodeLayoutTest, CopiesFollowOnlyLinesThatEndTheirPath)
 {
     // The node ends with a tail call: a copy after it would be entered by
     // falling through, so the branch into the tail stays.
-    const std::vector<std::uint32_t> tail_call = {branchIf(4, 1, 0, 4), addImmediate(1), STORE, RETURN,
-                                                  addImmediate(2), branchIf(12, 2, 5, 2), branch(6, 1024)};
+    const std::vector<std::uint32_t> tail_call = {branchIf(4, 1, 0, 4), addImmediate(1),       STORE,          RETURN,
+                                                  addImmediate(2),      branchIf(12, 2, 5, 2), branch(6, 1024)};
     std::string ending_in_a_call = listing(tail_call);
     EXPECT_EQ(ending_in_a_call.find("copy"), std::string::npos) << ending_in_a_call;
     EXPECT_NE(ending_in_a_call.find("<n+20>: bc 12,2,<n+8>"), std::string::npos) << ending_in_a_call;
