@@ -9,7 +9,11 @@ class Symbols;
 class BasicBlock;
 class RawTransition;
 
-// The supported PowerPC mnemonics, in the order of top_names.
+// The PowerPC mnemonics the listing accepts. Values 0 to 34 are the listing
+// format's own table, in the order of top_names; the values after
+// TOP_UNDEFINED are the further mnemonics the decoder of executables prints
+// (extended_opcodes.def), which the older output syntaxes translate as
+// instructions without a meaning of their own.
 enum TOP {
     addi = 0,
     addis,
@@ -46,17 +50,24 @@ enum TOP {
     fadds,
     fmuls,
     fcmpu,
-    TOP_UNDEFINED
+    TOP_UNDEFINED,
+#define OPCODE(enumerator, text) enumerator,
+#include "extended_opcodes.def"
+#undef OPCODE
+    TOP_END
 };
 
+// Entries of top_names: the listing format's table and "UNDEFINED".
 constexpr int TOP_COUNT = TOP_UNDEFINED + 1;
 
-// The listing text of each opcode, indexed by TOP.
+// The listing text of each opcode of the listing format's table, indexed by
+// TOP (the further mnemonics are named by topName).
 extern const char* const top_names[TOP_COUNT];
 
-// The opcode of a mnemonic (exact, case-sensitive), or TOP_UNDEFINED.
+// The opcode of a mnemonic (exact, case-sensitive), or TOP_UNDEFINED; the
+// name "UNDEFINED" is never matched.
 TOP get_topcode(const char* a_text);
-// The listing name of an opcode; "UNDEFINED" for any value outside the table.
+// The listing name of any opcode; "UNDEFINED" for any value outside TOP.
 const char* topName(int a_opcode);
 
 // Scanner: reads the listing from a_listing (named a_name in messages),

@@ -38,6 +38,8 @@ int operandsNeeded(TOP a_operation)
     case lfs:
     case cmpi:
     case cmpli:
+    case op_cmp:
+    case op_cmpl:
     case fcmpu:
     case bc:
         return 4;
@@ -66,6 +68,8 @@ bool fieldsInRange(TOP a_operation, TN** a_operands)
     switch (a_operation) {
     case cmpi:
     case cmpli:
+    case op_cmp:
+    case op_cmpl:
     case fcmpu:
         return inRange(a_operands[1]->TNValue(), 0, 7);
     case bc:
@@ -215,10 +219,12 @@ void Machine::translate_opcode(Transition* a_transition, TN** a_operands, TOP a_
         translateLoad(step, a_operation);
         break;
     case cmpi:
+    case op_cmp:
     case fcmpu:
         translateSignedCompare(step);
         break;
     case cmpli:
+    case op_cmpl:
         translateUnsignedCompare(step);
         break;
     case mfcr:
@@ -238,7 +244,8 @@ void Machine::translate_opcode(Transition* a_transition, TN** a_operands, TOP a_
         unsupported_op(a_operation);
         break;
     default:
-        // bl, mfspr, stmw, lmw and unknown opcodes change no value.
+        // bl, mfspr, stmw, lmw and the mnemonics beyond the listing
+        // format's table change no value.
         break;
     }
 }

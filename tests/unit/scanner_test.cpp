@@ -36,7 +36,7 @@ std::vector<Token> scan(const std::string& a_text)
         else if (code == SYMBOL)
             value = yylval.name;
         else if (code == OPCODE)
-            value = top_names[yylval.op];
+            value = topName(yylval.op);
         tokens.push_back({code, value});
     }
     std::fclose(input);
@@ -72,10 +72,40 @@ TEST(ScannerTest, NumbersNamesAndOpcodes)
     EXPECT_EQ(scan(" - 5"), (std::vector<Token>{{NUM, "5"}}));
     EXPECT_EQ(scan(" nop UNDEFINED _x.1"),
               (std::vector<Token>{{SYMBOL, "nop"}, {SYMBOL, "UNDEFINED"}, {SYMBOL, "_x.1"}}));
+    // The decoder's mnemonics are opcodes too; names it never prints are not.
+    EXPECT_EQ(scan(" lbz andi. cmp or. fnmsubs. bcctrl lbz. li"),
+              (std::vector<Token>{{OPCODE, "lbz"},
+                                  {OPCODE, "andi."},
+                                  {OPCODE, "cmp"},
+                                  {OPCODE, "or."},
+                                  {OPCODE, "fnmsubs."},
+                                  {OPCODE, "bcctrl"},
+                                  {SYMBOL, "lbz."},
+                                  {SYMBOL, "li"}}));
     EXPECT_EQ(get_topcode("Addi"), TOP_UNDEFINED);
     EXPECT_EQ(get_topcode("UNDEFINED"), TOP_UNDEFINED);
+    EXPECT_EQ(get_topcode(""), TOP_UNDEFINED);
     EXPECT_STREQ(topName(TOP_UNDEFINED), "UNDEFINED");
-    EXPECT_STREQ(topName(99), "UNDEFINED");
+    EXPECT_STREQ(topName(TOP_END), "UNDEFINED");
+    EXPECT_STREQ(topName(-1), "UNDEFINED");
+}
+
+TEST(ScannerTest, OpcodeTableKeepsTheListingFormatsValues)
+{
+    // The first 36 entries are the listing format's own, in its order.
+    EXPECT_EQ(TOP_COUNT, 36);
+    EXPECT_EQ(get_topcode("addi"), 0);
+    EXPECT_EQ(get_topcode("rlwinm."), 23);
+    EXPECT_EQ(get_topcode("or"), 26);
+    EXPECT_EQ(get_topcode("fcmpu"), 34);
+    EXPECT_STREQ(top_names[35], "UNDEFINED");
+    // Every opcode's name reads back as that opcode: no name is given twice.
+    for (int opcode = 0; opcode < TOP_END; ++opcode) {
+        if (opcode == TOP_UNDEFINED)
+            continue;
+        EXPECT_EQ(get_topcode(topName(opcode)), opcode) << topName(opcode);
+    }
+    EXPECT_GT(get_topcode("cmp"), TOP_UNDEFINED);
 }
 
 TEST(ScannerTest, LongNamesAreReportedAndKept)
