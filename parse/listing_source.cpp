@@ -1,5 +1,7 @@
 #include "listing_source.h"
 
+#include <algorithm>
+
 #include "elf_image.h"
 #include "misc/stop.h"
 #include "node_code.h"
@@ -8,6 +10,8 @@ ListingSource::~ListingSource()
 {
     if (m_file)
         std::fclose(m_file);
+    if (m_pipe)
+        std::fclose(m_pipe);
 }
 
 bool ListingSource::open(const char* a_path)
@@ -27,16 +31,24 @@ bool ListingSource::open(const char* a_path)
     }
     if (std::fseek(m_file, 0, SEEK_SET) == 0)
         return true;
-    // A pipe cannot go back: what was read and the rest are scanned from
-    // memory.
-    std::string text(m_start.begin(), m_start.end());
-    char buffer[65536];
-    std::size_t read;
-    while ((read = std::fread(buffer, 1, sizeof buffer, m_file)) > 0)
-        text.append(buffer, read);
-    if (std::ferror(m_file))
-        return true;
-    scanFromMemory(text);
+    // A pipe cannot go back: the scanner reads the first bytes again from
+    // here, then the rest of the pipe as it comes.
+    cookie_io_functions_t functions = {};
+    functions.read = [](void* a_source, char* a_buffer, std::size_t a_size) -> ssize_t {
+        ListingSource& source = *static_cast<ListingSource*>(a_source);
+        if (source.m_replayed < source.m_start.size()) {
+            std::size_t count = std::min(a_size, source.m_start.size() - source.m_replayed);
+            std::copy_n(source.m_start.begin() + static_cast<long>(source.m_replayed), count, a_buffer);
+            source.m_replayed += count;
+            return static_cast<ssize_t>(count);
+        }
+        std::size_t count = std::fread(a_buffer, 1, a_size, source.m_pipe);
+        return count == 0 && std::ferror(source.m_pipe) ? -1 : static_cast<ssize_t>(count);
+    };
+    m_pipe = m_file;
+    m_file = fopencookie(this, "r", functions);
+    if (!m_file)
+        stopRun("Cannot read concrete system file " + m_path + "\n");
     return true;
 }
 

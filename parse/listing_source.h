@@ -34,9 +34,12 @@ private:
     bool m_executable = false;
     // The first bytes, read to tell an executable from a listing.
     std::vector<unsigned char> m_start;
-    // A listing held in memory (decoded, or read from a stream that cannot
-    // go back to its start) for as long as the scanner reads it.
+    // A decoded listing, held for as long as the scanner reads it.
     std::string m_text;
+    // A listing on a stream that cannot go back to its start: the pipe, and
+    // how much of m_start has been read again.
+    FILE* m_pipe = nullptr;
+    std::size_t m_replayed = 0;
 };
 
 #endif
