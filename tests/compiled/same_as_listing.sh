@@ -5,12 +5,15 @@
 #
 # For each step function *.c of this directory, compiled with
 # powerpc-linux-gnu-gcc at -O0, -O1, -O2 and -Os, each with -gdwarf-2,
-# -gdwarf-4 and the default DWARF 5: velcor on the executable and velcor on
-# its listing (under the same name, in another directory) end with status
-# 0 and write the same standard output, standard error and a_stdout0. The
-# debugging information of both runs is NAME.dwarf, the DWARF 1 description
-# of the same structure, built with the test-executable builder. The output
-# syntax goes round CVC, TLV and ICS.
+# -gdwarf-4 and the default DWARF 5:
+# - velcor on the executable and velcor on its listing (under the same name,
+#   in another directory), both with NAME.dwarf, the DWARF 1 description of
+#   the same structure built with the test-executable builder, end with
+#   status 0 and write the same standard output, standard error and
+#   a_stdout0: one road from the scanner on;
+# - velcor on the executable with the executable's own debugging
+#   information (-d prog) ends with status 0 and writes that same a_stdout0.
+# The output syntax goes round CVC, TLV and ICS.
 #
 # Exit status 77 (skipped) when the cross compiler is absent.
 set -u
@@ -47,6 +50,17 @@ for source in "$here"/*.c; do
                 cp "$work/$name.dwarf1" "$case/$road/debug"
                 (cd "$case/$road" && "$velcor" prog -d debug -u "$name.c" -n step $format >stdout 2>stderr)
                 echo $? > "$case/$road/status"
+            done
+            mkdir -p "$case/modern"
+            cp "$case/executable/prog" "$case/modern/prog"
+            (cd "$case/modern" && "$velcor" prog -d prog -u "$name.c" -n step $format >stdout 2>stderr)
+            echo $? > "$case/modern/status"
+            for file in status a_stdout0; do
+                if ! cmp -s "$case/modern/$file" "$case/listing/$file"; then
+                    echo "FAIL: $name $level $debug $format, -d prog: $file differs from the DWARF 1 run"
+                    diff "$case/modern/$file" "$case/listing/$file" | head -n 10
+                    failed=1
+                fi
             done
             runs=$((runs + 1))
             for file in status stdout stderr a_stdout0; do
