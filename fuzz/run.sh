@@ -3,7 +3,9 @@
 # UndefinedBehaviorSanitizer) in build-fuzz and runs each for SECONDS.
 #   fuzz/run.sh [SECONDS]      default 60
 # Seeds: the listings and executables of the end-to-end cases and the
-# example, and executables compiled from the tests' C step functions. Any crash, sanitizer report, leak, timeout or memory blow-up
+# example, executables compiled from the tests' C step functions, and, for
+# the listing, the executables whose node's code the cases read. Any crash,
+# sanitizer report, leak, timeout or memory blow-up
 # fails the script; the input that caused it is left in build-fuzz/artifacts.
 set -eu
 seconds=${1:-60}
@@ -26,6 +28,21 @@ for listing in "$top"/tests/e2e/cases/*/*.s "$top"/examples/*.s "$top"/fuzz/seed
     n=$((n + 1))
     cp "$listing" "$seeds/listing/$n.s"
 done
+# Executables given as the listing: the node's code is read from them.
+for description in "$top"/tests/e2e/cases/executable_*/prog.dwarf; do
+    [ -f "$description" ] || continue
+    n=$((n + 1))
+    "$dir/tools/mkdwarf" "$description" "$seeds/listing/$n.elf" 2>/dev/null || true
+done
+if command -v powerpc-linux-gnu-as >/dev/null 2>&1 && command -v powerpc-linux-gnu-ld >/dev/null 2>&1; then
+    for source in "$top"/tests/e2e/cases/*/*.asm; do
+        [ -f "$source" ] || continue
+        n=$((n + 1))
+        powerpc-linux-gnu-as -mregnames -o "$seeds/$n.o" "$source" &&
+            powerpc-linux-gnu-ld -e step -o "$seeds/listing/$n.elf" "$seeds/$n.o" || true
+        rm -f "$seeds/$n.o"
+    done
+fi
 for description in "$top"/tests/e2e/cases/*/*.dwarf "$top"/examples/*.dwarf "$top"/fuzz/seeds/*.dwarf; do
     [ -f "$description" ] || continue
     n=$((n + 1))

@@ -14,8 +14,10 @@
 #include "command_line.h"
 #include "common.h"
 #include "dwarf_debug.h"
+#include "elf_image.h"
 #include "exact_translator.h"
 #include "listing_program.h"
+#include "listing_source.h"
 #include "machine.h"
 #include "misc/stop.h"
 #include "misc/trace.h"
@@ -79,16 +81,6 @@ void banner(int a_stars, const std::string& a_text)
     markedLine(a_text);
     markedLine(rule);
 }
-
-// Owns the listing's stream for the length of the run.
-struct ListingFile {
-    FILE* m_file = nullptr;
-    ~ListingFile()
-    {
-        if (m_file)
-            std::fclose(m_file);
-    }
-};
 
 // The output file: a_stdout0 of the working directory, created at once, or
 // the file of -o, which only a complete run replaces.
@@ -232,9 +224,8 @@ int run(int argc, char** argv)
         stopRun(std::string(argv[0]) + usage_str + "\n");
 
     line.m_listing = argv[1];
-    ListingFile listing;
-    listing.m_file = std::fopen(line.m_listing, "r");
-    if (!listing.m_file)
+    ListingSource listing;
+    if (!listing.open(line.m_listing))
         stopRun(std::string("Cannot open concrete system file ") + line.m_listing + "\n");
 
     readOptions(argc, argv, line);
@@ -243,6 +234,10 @@ int run(int argc, char** argv)
         setSkipPrintIf();
     if (line.m_debug)
         debug_level = 1;
+    // Before the output file exists: a node without code to read leaves
+    // nothing that could pass for an output.
+    if (listing.isExecutable())
+        listing.decodeNode(line.m_node);
 
     std::unique_ptr<ReplacingFile> output_file = openOutput(line);
     OutputRedirect redirect(output_file.get());
@@ -267,7 +262,7 @@ int run(int argc, char** argv)
     banner(35, "* MAPPING DONE.                   *");
 
     banner(35, std::string("* PARSING ASSEMBLY FILE ") + line.m_listing);
-    startScanner(listing.m_file, line.m_listing);
+    startScanner(listing.stream(), line.m_listing);
     if (yyparse() != 0 || !parse_basic_blocks[0])
         stopRun(std::string("Syntax error in ") + line.m_listing + " at line " + std::to_string(scannerLine()) +
                 "\n");
@@ -275,7 +270,8 @@ int run(int argc, char** argv)
 
     if (exact) {
         smt::TermTable terms;
-        ExactContext context(terms, nullptr);
+        // Code read from an executable loads its constants from there.
+        ExactContext context(terms, listing.image());
         ExactTranslator translator(context, line.m_listing);
         ExactResult result = translator.translate(listing_program.instructions());
         Smt2Output output(terms, context, result, dwarf_debug_o, *getOutFile());

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "constant_memory.h"
 #include "machine_state.h"
 #include "parse.h"
 #include "smt_term.h"
@@ -32,14 +33,6 @@ struct ExactInstruction {
     std::vector<ExactOperand> m_operands;
     // Index of the target operand, or 0 when there is none.
     int m_target_operand = 0;
-};
-
-// Bytes that no correct execution writes: the read-only sections of the
-// executable the code came from.
-class ConstantMemory {
-public:
-    virtual ~ConstantMemory() = default;
-    virtual bool readByte(std::uint32_t a_address, std::uint8_t& a_byte) const = 0;
 };
 
 // Where an instruction sends control, and on what condition (otherwise

@@ -16,11 +16,20 @@
 //     elf magic HEX       the first bytes of the file instead of 7f 45 4c 46
 //     elf shoff N | elf shnum N | elf shstrndx N    header fields as given
 //     elf truncate N      the file ends after N bytes
-//     section NAME [offset N] [size N] [name N]
+//     elf machine N | elf type N    e_machine (20) and e_type (2) as given
+//     section NAME [offset N] [size N] [name N] [address N] [type N] [flags N]
 //                         starts a section; the entries that follow go into
 //                         it (a section without entries is empty); the
-//                         options replace sh_offset, sh_size and sh_name.
-//                         Entries before any section line go into ".debug".
+//                         options replace sh_offset, sh_size, sh_name,
+//                         sh_addr, sh_type (1) and sh_flags (0). Entries
+//                         before any section line go into ".debug". Code is
+//                         a section of "raw" entries, for example
+//                         section .text address 0x10000000 flags 6
+//     symbol NAME VALUE SIZE [local | weak] [type N] [section N]
+//                         an entry of the symbol table (".symtab", with its
+//                         ".strtab", written when there is one): a global
+//                         function (STT_FUNC) of the section declared last,
+//                         unless told otherwise
 //   Entries (blocks end with "end"; their children follow a null entry):
 //     unit NAME                                block, TAG_compile_unit
 //     subroutine NAME [returns TYPE]           block, TAG_global_subroutine
@@ -46,6 +55,7 @@
 #ifndef VELCOR_TOOLS_DWARF_BUILDER_H
 #define VELCOR_TOOLS_DWARF_BUILDER_H
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -153,6 +163,7 @@ struct Section {
     std::string m_name;
     bool m_has_offset = false, m_has_size = false, m_has_name = false;
     std::uint32_t m_offset = 0, m_size = 0, m_name_offset = 0;
+    std::uint32_t m_type = 1, m_flags = 0, m_address = 0, m_link = 0, m_info = 0, m_entry_size = 0;
     std::vector<std::unique_ptr<Node>> m_entries;
     Bytes m_bytes;
 };
@@ -179,6 +190,7 @@ public:
             throw Error(m_line, "\"end\" missing for the block of line " + std::to_string(m_open.back()->m_line));
         for (Section& section : m_sections)
             layOut(section);
+        addSymbolTable();
         return writeFile();
     }
 
@@ -250,6 +262,10 @@ private:
             parseSection(a_tokens);
             return;
         }
+        if (word == "symbol") {
+            parseSymbol(a_tokens);
+            return;
+        }
         if (word == "end") {
             if (m_open.empty())
                 fail("\"end\" without a block");
@@ -310,6 +326,10 @@ private:
             m_shstrndx = value, m_has_shstrndx = true;
         else if (field == "truncate")
             m_truncate = value, m_has_truncate = true;
+        else if (field == "machine")
+            m_machine = value;
+        else if (field == "type")
+            m_type = value;
         else
             fail("unknown elf field: " + field);
     }
@@ -319,7 +339,7 @@ private:
         if (!m_open.empty())
             fail("\"section\" inside a block");
         if (a_tokens.size() < 2 || a_tokens.size() % 2)
-            fail("usage: section NAME [offset N] [size N] [name N]");
+            fail("usage: section NAME [offset N] [size N] [name N] [address N] [type N] [flags N]");
         Section section;
         section.m_name = a_tokens[1];
         for (std::size_t i = 2; i < a_tokens.size(); i += 2) {
@@ -330,10 +350,82 @@ private:
                 section.m_size = value, section.m_has_size = true;
             else if (a_tokens[i] == "name")
                 section.m_name_offset = value, section.m_has_name = true;
+            else if (a_tokens[i] == "address")
+                section.m_address = value;
+            else if (a_tokens[i] == "type")
+                section.m_type = value;
+            else if (a_tokens[i] == "flags")
+                section.m_flags = value;
             else
                 fail("unknown section option: " + a_tokens[i]);
         }
         m_sections.push_back(std::move(section));
+    }
+
+    struct Symbol {
+        std::string m_name;
+        std::uint32_t m_value = 0, m_size = 0, m_section = 0;
+        unsigned m_binding = 1, m_type = 2; // STB_GLOBAL, STT_FUNC
+    };
+
+    void parseSymbol(const std::vector<std::string>& a_tokens)
+    {
+        if (!m_open.empty())
+            fail("\"symbol\" inside a block");
+        if (a_tokens.size() < 4)
+            fail("usage: symbol NAME VALUE SIZE [local | weak] [type N] [section N]");
+        Symbol symbol;
+        symbol.m_name = a_tokens[1];
+        symbol.m_value = number(a_tokens[2]);
+        symbol.m_size = number(a_tokens[3]);
+        // Section 0 is the null section.
+        symbol.m_section = static_cast<std::uint32_t>(m_sections.size());
+        for (std::size_t i = 4; i < a_tokens.size(); ++i) {
+            if (a_tokens[i] == "local")
+                symbol.m_binding = 0;
+            else if (a_tokens[i] == "weak")
+                symbol.m_binding = 2;
+            else if (a_tokens[i] == "type" && i + 1 < a_tokens.size())
+                symbol.m_type = number(a_tokens[++i]);
+            else if (a_tokens[i] == "section" && i + 1 < a_tokens.size())
+                symbol.m_section = number(a_tokens[++i]);
+            else
+                fail("unknown symbol option: " + a_tokens[i]);
+        }
+        m_symbols.push_back(symbol);
+    }
+
+    // ".symtab" and ".strtab" after the described sections: the null
+    // symbol, the local ones, then the others.
+    void addSymbolTable()
+    {
+        if (m_symbols.empty())
+            return;
+        Section table, names;
+        table.m_name = ".symtab";
+        table.m_type = 2; // SHT_SYMTAB
+        table.m_entry_size = 16;
+        table.m_link = static_cast<std::uint32_t>(m_sections.size() + 2);
+        names.m_name = ".strtab";
+        names.m_type = 3; // SHT_STRTAB
+        names.m_bytes.push_back(0);
+        table.m_bytes.assign(16, 0);
+        std::stable_partition(m_symbols.begin(), m_symbols.end(), [](const Symbol& a_symbol) { return a_symbol.m_binding == 0; });
+        table.m_info = 1;
+        for (const Symbol& symbol : m_symbols) {
+            if (symbol.m_binding == 0)
+                ++table.m_info;
+            putWord(table.m_bytes, static_cast<std::uint32_t>(names.m_bytes.size()));
+            names.m_bytes.insert(names.m_bytes.end(), symbol.m_name.begin(), symbol.m_name.end());
+            names.m_bytes.push_back(0);
+            putWord(table.m_bytes, symbol.m_value);
+            putWord(table.m_bytes, symbol.m_size);
+            table.m_bytes.push_back(static_cast<unsigned char>(symbol.m_binding << 4 | symbol.m_type));
+            table.m_bytes.push_back(0);
+            putHalf(table.m_bytes, symbol.m_section);
+        }
+        m_sections.push_back(std::move(table));
+        m_sections.push_back(std::move(names));
     }
 
     // Fundamental type codes by name; 0 when the word names none.
@@ -663,19 +755,22 @@ private:
         Bytes table(40, 0); // section 0
         for (std::size_t i = 0; i < m_sections.size(); ++i) {
             const Section& section = m_sections[i];
-            putSectionHeader(table, section.m_has_name ? section.m_name_offset : name_offsets[i], 1,
+            putSectionHeader(table, section.m_has_name ? section.m_name_offset : name_offsets[i],
                              section.m_has_offset ? section.m_offset : offsets[i],
-                             section.m_has_size ? section.m_size : static_cast<std::uint32_t>(section.m_bytes.size()));
+                             section.m_has_size ? section.m_size : static_cast<std::uint32_t>(section.m_bytes.size()),
+                             section);
         }
-        putSectionHeader(table, names_name, 3, names_offset, static_cast<std::uint32_t>(names.size()));
+        Section names_section;
+        names_section.m_type = 3;
+        putSectionHeader(table, names_name, names_offset, static_cast<std::uint32_t>(names.size()), names_section);
         file.insert(file.end(), table.begin(), table.end());
 
         Bytes header;
         const unsigned char ident[16] = {0x7f, 'E', 'L', 'F', static_cast<unsigned char>(m_class),
                                          static_cast<unsigned char>(m_data), 1};
         header.insert(header.end(), ident, ident + 16);
-        putHalf(header, 2);          // e_type: ET_EXEC
-        putHalf(header, 20);         // e_machine: EM_PPC
+        putHalf(header, m_type);     // e_type: ET_EXEC
+        putHalf(header, m_machine);  // e_machine: EM_PPC
         putWord(header, 1);          // e_version
         putWord(header, 0x10000000); // e_entry
         putWord(header, 0);          // e_phoff
@@ -701,19 +796,20 @@ private:
         return std::string(file.begin(), file.end());
     }
 
-    static void putSectionHeader(Bytes& a_table, std::uint32_t a_name, std::uint32_t a_type, std::uint32_t a_offset,
-                                 std::uint32_t a_size)
+    // The header of a_section with its name, offset and size as given.
+    static void putSectionHeader(Bytes& a_table, std::uint32_t a_name, std::uint32_t a_offset, std::uint32_t a_size,
+                                 const Section& a_section)
     {
         putWord(a_table, a_name);
-        putWord(a_table, a_type);
-        putWord(a_table, 0); // sh_flags
-        putWord(a_table, 0); // sh_addr
+        putWord(a_table, a_section.m_type);
+        putWord(a_table, a_section.m_flags);
+        putWord(a_table, a_section.m_address);
         putWord(a_table, a_offset);
         putWord(a_table, a_size);
-        putWord(a_table, 0); // sh_link
-        putWord(a_table, 0); // sh_info
+        putWord(a_table, a_section.m_link);
+        putWord(a_table, a_section.m_info);
         putWord(a_table, 1); // sh_addralign
-        putWord(a_table, 0); // sh_entsize
+        putWord(a_table, a_section.m_entry_size);
     }
 
     struct Reference {
@@ -729,7 +825,8 @@ private:
     std::map<std::string, std::uint32_t> m_labels;
     std::vector<Reference> m_references;
 
-    std::uint32_t m_class = 1, m_data = 2;
+    std::uint32_t m_class = 1, m_data = 2, m_machine = 20, m_type = 2;
+    std::vector<Symbol> m_symbols;
     bool m_has_magic = false;
     Bytes m_magic;
     bool m_has_shoff = false, m_has_shnum = false, m_has_shstrndx = false, m_has_truncate = false;

@@ -9,8 +9,10 @@
 #   *.dwarf            executable descriptions, built with the test-executable
 #                      builder into the file of the same name without .dwarf
 #   setup.sh           run in the working directory before velcor, with
-#                      MKDWARF naming the builder (for generated descriptions);
-#                      exit status 77 skips the case (its output says why)
+#                      MKDWARF naming the builder (for generated descriptions)
+#                      and DISASM naming velcor-disasm; exit status 77 skips
+#                      the case (a tool it needs is absent), after a line
+#                      saying why
 #   expected/status    exit status (0 when absent)
 #   expected/a_stdout0 the whole output file; expected/no_a_stdout0 when the
 #                      run must not create it
@@ -20,11 +22,16 @@
 #   expected/mode      permission bits of a_stdout0 (the run uses umask 0)
 #   expected/check.sh  run in the working directory after velcor, for what a
 #                      generated case can only describe (sizes, counts, long
-#                      lines); it prints what is wrong and fails
+#                      lines, a second run to compare with); it prints what is
+#                      wrong and fails. VELCOR, DISASM and MKDWARF name the
+#                      tools.
+#
+# run_case.sh VELCOR CASE_DIR [MKDWARF [DISASM]]
 set -u
 velcor=$1
 case_dir=$2
 builder=${3:-}
+disasm=${4:-}
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -41,9 +48,9 @@ for description in "$work"/*.dwarf; do
 done
 
 if [ -f "$case_dir/setup.sh" ]; then
-    (cd "$work" && MKDWARF=$builder sh "$case_dir/setup.sh")
+    (cd "$work" && MKDWARF=$builder DISASM=$disasm sh "$case_dir/setup.sh")
     setup_status=$?
-    [ "$setup_status" = 77 ] && exit 77
+    if [ "$setup_status" = 77 ]; then echo "SKIPPED"; exit 77; fi
     [ "$setup_status" = 0 ] || { echo "setup failed"; exit 1; }
 fi
 
@@ -92,7 +99,7 @@ contains_in_order() { # expected-lines actual-file label
     [ "$mode" = "$(cat "$expected/mode")" ] || fail "a_stdout0 mode $mode, expected $(cat "$expected/mode")"
 }
 [ -f "$expected/check.sh" ] && {
-    (cd "$work" && sh "$expected/check.sh") || fail "check.sh"
+    (cd "$work" && VELCOR=$velcor DISASM=$disasm MKDWARF=$builder sh "$expected/check.sh") || fail "check.sh"
 }
 if [ "$failed" != 0 ]; then
     echo "--- stderr of the run:"; head -n 20 "$work/stderr.actual"

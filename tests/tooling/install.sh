@@ -2,7 +2,7 @@
 # Installs the build into a temporary prefix and runs the installed program
 # on the bundled example.
 #   install.sh BUILD_DIR SOURCE_DIR MKDWARF VELCOR
-# The prefix must receive the program and its manual page and nothing else;
+# The prefix must receive the programs and the manual page and nothing else;
 # the installed program must answer --help and write, for the example, the
 # same complete output file as the program of the build tree.
 set -eu
@@ -15,9 +15,11 @@ prefix=$scratch/prefix
 cmake --install "$build" --prefix "$prefix" >/dev/null
 installed=$(cd "$prefix" && find . ! -type d | sort)
 [ "$installed" = "./bin/velcor
+./bin/velcor-disasm
 ./share/man/man1/velcor.1" ] || fail "installed files:
 $installed"
 [ -x "$prefix/bin/velcor" ] || fail "bin/velcor is not executable"
+[ -x "$prefix/bin/velcor-disasm" ] || fail "bin/velcor-disasm is not executable"
 cmp -s "$build/velcor.1" "$prefix/share/man/man1/velcor.1" || fail "the installed manual page is not the built one"
 
 "$prefix/bin/velcor" --help >"$scratch/help" || fail "installed velcor --help failed"

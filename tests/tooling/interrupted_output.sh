@@ -2,9 +2,9 @@
 # A run with -o that a signal ends leaves the earlier FILE as it was and
 # removes its temporary file.
 #   interrupted_output.sh VELCOR MKDWARF SOURCE_DIR
-# The listing is a pipe that is opened but never written, so the run is
-# certain to be waiting, with its temporary file created, when the signal
-# comes.
+# The listing is a pipe that gets the first bytes of a line and no more, so
+# the run is certain to be waiting in the scanner, with its temporary file
+# created, when the signal comes.
 set -eu
 velcor=$1 mkdwarf=$2 source=$3
 scratch=$(mktemp -d)
@@ -18,6 +18,8 @@ echo "the output of an earlier run" >obligations.cvc
 "$velcor" listing.s -d counter.elf -u counter.c -n counter_step -cvc -q -o obligations.cvc &
 pid=$!
 exec 3>listing.s
+# Enough for the run to see that the listing is no executable.
+printf '1000' >&3
 tries=0
 until ls -A | grep -q '^\.obligations\.cvc\.'; do
     tries=$((tries + 1))
