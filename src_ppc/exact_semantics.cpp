@@ -753,25 +753,34 @@ void floatMemory(Step& s, ControlOutcome&)
     }
 }
 
-// The double result rounded once to single precision: the operation is
-// done toward zero in double, made sticky (round to odd: an inexact result
-// whose last bit is even moves away from zero), then rounded to nearest
-// single. Double has more than two bits to spare, so that is the single
-// rounding of the exact result.
+// The operation's exact result rounded once to single precision, from
+// the operation done in double rounded down (d) and up (u). Exact: they
+// agree. Otherwise the exact result lies strictly between two neighbouring
+// doubles; if both round to the same single, so does it. If not, the
+// single rounding boundary between them (a midpoint of two singles, which
+// is a double) is d or u itself: above d's midpoint the result rounds up,
+// below u's it rounds down.
 template <class Operation>
 Term roundOnceToSingle(Step& s, Operation a_operation)
 {
     TermTable& t = s.m_terms;
-    Term toward_zero = a_operation(roundingMode(t, RoundingMode::TowardZero));
+    Term nearest = roundingMode(t, RoundingMode::NearestEven);
+    auto toSingle = [&](Term a_mode, Term a_value) {
+        return t.fpConvert(Sort::doubleFloat(), nearest, t.fpConvert(Sort::singleFloat(), a_mode, a_value));
+    };
     Term down = a_operation(roundingMode(t, RoundingMode::TowardNegative));
     Term up = a_operation(roundingMode(t, RoundingMode::TowardPositive));
-    Term inexact = t.notOf(t.fpEq(down, up));
-    Term away = t.ite(t.fpIsNegative(toward_zero), down, up);
-    Term odd_bit = t.extract(0, 0, s.m_context.bitsOf(toward_zero));
-    Term odd = t.ite(t.andOf(inexact, t.eq(odd_bit, t.bitVec(1, 0))), away, toward_zero);
-    Term nearest = roundingMode(t, RoundingMode::NearestEven);
-    Term single = t.fpConvert(Sort::singleFloat(), nearest, odd);
-    return t.fpConvert(Sort::doubleFloat(), nearest, single);
+    Term exact = t.fpEq(down, up);
+    Term from_down = toSingle(nearest, down);
+    Term from_up = toSingle(nearest, up);
+    // d is the midpoint of the singles around it when their sum (exact in
+    // double) is twice d.
+    Term below = toSingle(roundingMode(t, RoundingMode::TowardNegative), down);
+    Term above = toSingle(roundingMode(t, RoundingMode::TowardPositive), down);
+    Term twice = t.fpAdd(nearest, down, down);
+    Term down_is_midpoint = t.fpEq(t.fpAdd(nearest, below, above), twice);
+    return t.ite(exact, from_up,
+                 t.ite(t.eq(from_down, from_up), from_down, t.ite(down_is_midpoint, from_up, from_down)));
 }
 
 void floatArithmetic(Step& s, ControlOutcome&)
