@@ -816,10 +816,11 @@ void floatArithmetic(Step& s, ControlOutcome&)
         Term too_small = truncate ? t.fpLeq(value, doubleConstant(t, 0xc1e0000000200000ull))
                                   : t.fpLt(value, doubleConstant(t, 0xc1e0000000100000ull));
         Term converted = t.fpToSigned(32, mode, value);
-        Term word = t.ite(t.fpIsNaN(value), t.bitVec(32, 0x80000000u),
-                          t.ite(too_big, t.bitVec(32, 0x7fffffffu),
-                                t.ite(too_small, t.bitVec(32, 0x80000000u), converted)));
-        setFloatBits(s, 1, t.signExtend(32, word));
+        Term word = t.ite(too_big, t.bitVec(32, 0x7fffffffu), t.ite(too_small, t.bitVec(32, 0x80000000u), converted));
+        // The word goes to the low half; the architecture leaves the high
+        // half undefined, and it is taken as the reference implementation
+        // sets it: the word's sign, and zero for a NaN.
+        setFloatBits(s, 1, t.ite(t.fpIsNaN(value), t.bitVec(64, 0x80000000u), t.signExtend(32, word)));
         return;
     }
     Term a = floatValue(s, 2);
