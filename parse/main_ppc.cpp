@@ -269,12 +269,10 @@ int run(int argc, char** argv)
     banner(38, "* PARSING DONE. NOW PRINTING SYMBOLS *");
 
     if (exact) {
-        smt::TermTable terms;
         // Code read from an executable loads its constants from there.
-        ExactContext context(terms, listing.image());
-        ExactTranslator translator(context, line.m_listing);
+        ExactTranslator translator(listing.image(), line.m_listing);
         ExactResult result = translator.translate(listing_program.instructions());
-        Smt2Output output(terms, context, result, dwarf_debug_o, *getOutFile());
+        Smt2Output output(translator.terms(), translator.context(), result, dwarf_debug_o, *getOutFile());
         ExactContents contents(output);
         writeSections(contents);
     } else {

@@ -928,4 +928,100 @@ Term TermTable::fpIsNegative(Term a_value)
     return make(Op::FpIsNegative, Sort::boolean(), {a_value});
 }
 
+// ------------------------------------------------------------- rebuilding
+
+Term TermTable::withChildren(Term a_term, const Term* c)
+{
+    const Node n = node(a_term);
+    switch (n.m_op) {
+    case Op::Symbol:
+    case Op::BoolConst:
+    case Op::BvConst:
+    case Op::RoundingMode:
+        return a_term;
+    case Op::Not: return notOf(c[0]);
+    case Op::And: return andOf(c[0], c[1]);
+    case Op::Or: return orOf(c[0], c[1]);
+    case Op::Implies: return implies(c[0], c[1]);
+    case Op::Ite: return ite(c[0], c[1], c[2]);
+    case Op::Eq: return eq(c[0], c[1]);
+    case Op::BvNot: return bvNot(c[0]);
+    case Op::BvNeg: return bvNeg(c[0]);
+    case Op::BvAdd: return bvAdd(c[0], c[1]);
+    case Op::BvSub: return bvSub(c[0], c[1]);
+    case Op::BvMul: return bvMul(c[0], c[1]);
+    case Op::BvUdiv: return bvUdiv(c[0], c[1]);
+    case Op::BvUrem: return bvUrem(c[0], c[1]);
+    case Op::BvSdiv: return bvSdiv(c[0], c[1]);
+    case Op::BvAnd: return bvAnd(c[0], c[1]);
+    case Op::BvOr: return bvOr(c[0], c[1]);
+    case Op::BvXor: return bvXor(c[0], c[1]);
+    case Op::BvShl: return bvShl(c[0], c[1]);
+    case Op::BvLshr: return bvLshr(c[0], c[1]);
+    case Op::BvAshr: return bvAshr(c[0], c[1]);
+    case Op::BvUlt: return bvUlt(c[0], c[1]);
+    case Op::BvUle: return bvUle(c[0], c[1]);
+    case Op::BvSlt: return bvSlt(c[0], c[1]);
+    case Op::BvSle: return bvSle(c[0], c[1]);
+    case Op::Concat: return concat(c[0], c[1]);
+    case Op::Extract: return extract(n.m_param[0], n.m_param[1], c[0]);
+    case Op::ZeroExtend: return zeroExtend(n.m_param[0], c[0]);
+    case Op::SignExtend: return signExtend(n.m_param[0], c[0]);
+    case Op::RotateLeft: return rotateLeft(n.m_param[0], c[0]);
+    case Op::Select: return select(c[0], c[1]);
+    case Op::Store: return store(c[0], c[1], c[2]);
+    case Op::FpFromBits: return fpFromBits(n.m_sort, c[0]);
+    case Op::FpConvert: return fpConvert(n.m_sort, c[0], c[1]);
+    case Op::FpFromSigned: return fpFromSigned(n.m_sort, c[0], c[1]);
+    case Op::FpToSigned: return fpToSigned(n.m_param[0], c[0], c[1]);
+    case Op::FpAdd: return fpAdd(c[0], c[1], c[2]);
+    case Op::FpSub: return fpSub(c[0], c[1], c[2]);
+    case Op::FpMul: return fpMul(c[0], c[1], c[2]);
+    case Op::FpDiv: return fpDiv(c[0], c[1], c[2]);
+    case Op::FpFma: return fpFma(c[0], c[1], c[2], c[3]);
+    case Op::FpNeg: return fpNeg(c[0]);
+    case Op::FpAbs: return fpAbs(c[0]);
+    case Op::FpLt: return fpLt(c[0], c[1]);
+    case Op::FpLeq: return fpLeq(c[0], c[1]);
+    case Op::FpEq: return fpEq(c[0], c[1]);
+    case Op::FpIsNaN: return fpIsNaN(c[0]);
+    case Op::FpIsZero: return fpIsZero(c[0]);
+    case Op::FpIsNegative: return fpIsNegative(c[0]);
+    }
+    return a_term;
+}
+
+Term TermTable::replace(Term a_term, Term a_from, Term a_to)
+{
+    // Children first, each distinct term once.
+    std::unordered_map<std::uint32_t, Term> done;
+    std::vector<std::pair<Term, bool>> work{{a_term, false}};
+    while (!work.empty()) {
+        auto [term, expanded] = work.back();
+        work.pop_back();
+        if (done.count(term.m_id))
+            continue;
+        if (term == a_from) {
+            done.emplace(term.m_id, a_to);
+            continue;
+        }
+        const Node& n = node(term);
+        if (!expanded) {
+            work.emplace_back(term, true);
+            for (int i = 0; i < n.m_arity; ++i)
+                if (!done.count(n.m_child[i].m_id))
+                    work.emplace_back(n.m_child[i], false);
+            continue;
+        }
+        Term children[4];
+        bool changed = false;
+        for (int i = 0; i < n.m_arity; ++i) {
+            children[i] = done.at(n.m_child[i].m_id);
+            changed = changed || children[i] != n.m_child[i];
+        }
+        done.emplace(term.m_id, changed ? withChildren(term, children) : term);
+    }
+    return done.at(a_term.m_id);
+}
+
 } // namespace smt

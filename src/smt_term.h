@@ -228,6 +228,12 @@ public:
     Term fpIsZero(Term a_value);
     Term fpIsNegative(Term a_value);
 
+    // The node a_term with other children (as many as it has), built again
+    // by its builder, so that it simplifies with them.
+    Term withChildren(Term a_term, const Term* a_children);
+    // a_term with every occurrence of a_from replaced by a_to.
+    Term replace(Term a_term, Term a_from, Term a_to);
+
     // Splits a_term into a base and a constant addend (base + constant);
     // a constant has a null base.
     void splitOffset(Term a_term, Term& a_base, std::uint64_t& a_offset) const;

@@ -153,6 +153,13 @@ bool ElfImage::readSymbols(std::size_t a_table, std::string& a_problem)
     std::vector<Symbol> globals, others;
     for (std::size_t i = 0; i < count; ++i) {
         const Elf32_Sym& symbol = symbols[i];
+        if (ELF32_ST_TYPE(symbol.st_info) == STT_OBJECT && symbol.st_shndx != SHN_UNDEF && symbol.st_size > 0) {
+            Symbol object;
+            object.m_address = symbol.st_value;
+            object.m_size = symbol.st_size;
+            m_objects.push_back(object);
+            continue;
+        }
         if (ELF32_ST_TYPE(symbol.st_info) != STT_FUNC || symbol.st_shndx == SHN_UNDEF)
             continue;
         const char* name = elf_strptr(m_elf, header->sh_link, symbol.st_name);
@@ -169,6 +176,8 @@ bool ElfImage::readSymbols(std::size_t a_table, std::string& a_problem)
         entry.m_global = binding == STB_GLOBAL || binding == STB_WEAK;
         (entry.m_global ? globals : others).push_back(entry);
     }
+    std::sort(m_objects.begin(), m_objects.end(),
+              [](const Symbol& a_left, const Symbol& a_right) { return a_left.m_address < a_right.m_address; });
     m_functions = std::move(globals);
     m_functions.insert(m_functions.end(), others.begin(), others.end());
     std::stable_sort(m_functions.begin(), m_functions.end(),
@@ -244,6 +253,26 @@ bool ElfImage::isConstant(const Section& a_section) const
     // hold what the linker put there: no loader relocates them, and the
     // code only reads them.
     return m_fixed_addresses && (a_section.m_name == ".got" || a_section.m_name == ".got2");
+}
+
+bool ElfImage::objectHolding(std::uint32_t a_address, std::uint32_t& a_start, std::uint32_t& a_size) const
+{
+    auto after =
+        std::upper_bound(m_objects.begin(), m_objects.end(), a_address,
+                         [](std::uint32_t a_value, const Symbol& a_symbol) { return a_value < a_symbol.m_address; });
+    // Objects may overlap (aliases): the nearest one that starts below and
+    // reaches a_address.
+    for (auto it = after; it != m_objects.begin();) {
+        --it;
+        if (a_address - it->m_address < it->m_size) {
+            a_start = it->m_address;
+            a_size = it->m_size;
+            return true;
+        }
+        if (a_address - it->m_address >= 0x100000u)
+            break;
+    }
+    return false;
 }
 
 bool ElfImage::readByte(std::uint32_t a_address, std::uint8_t& a_byte) const

@@ -71,6 +71,8 @@ public:
     Bytes readOnlyBytes(std::uint32_t a_address, std::uint32_t a_size) const;
     // One of those bytes.
     bool readByte(std::uint32_t a_address, std::uint8_t& a_byte) const override;
+    // The defined data object symbol that holds a_address.
+    bool objectHolding(std::uint32_t a_address, std::uint32_t& a_start, std::uint32_t& a_size) const override;
 
 private:
     struct Section {
@@ -94,6 +96,8 @@ private:
     // Defined function symbols, sorted by address (symbol-table order among
     // equal addresses).
     std::vector<Symbol> m_functions;
+    // Defined data object symbols of a size, sorted by address.
+    std::vector<Symbol> m_objects;
 };
 
 #endif

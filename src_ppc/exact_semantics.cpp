@@ -42,6 +42,22 @@ Term ExactContext::bitsOf(Term a_value)
     return bits;
 }
 
+void ExactContext::pinConstants(std::uint32_t a_start, std::uint32_t a_size)
+{
+    if (!m_constants)
+        return;
+    Term memory = m_terms.symbol("MEM", Sort::memory());
+    for (std::uint32_t i = 0; i < a_size; ++i) {
+        std::uint32_t address = a_start + i;
+        std::uint8_t byte = 0;
+        if (!m_pinned.insert(address).second || !m_constants->readByte(address, byte))
+            continue;
+        if (m_pinned.size() > MAX_PINNED_BYTES)
+            stopCapacity("more than " + std::to_string(MAX_PINNED_BYTES) + " bytes of constants read through computed addresses");
+        constrain(m_terms.eq(m_terms.select(memory, m_terms.bitVec(32, address)), m_terms.bitVec(8, byte)));
+    }
+}
+
 // ------------------------------------------------------------------- shapes
 
 namespace {
@@ -410,6 +426,20 @@ Term doubleToSingleBits(TermTable& a_terms, Term a_bits)
 Term ExactSemantics::loadBytes(const MachineState& a_state, Term a_address, unsigned a_bytes)
 {
     TermTable& terms = m_context.terms();
+    // A computed address beside a constant object of the executable (an
+    // index into a table of constants): the object's bytes are known.
+    const ConstantMemory* constants = m_context.constants();
+    if (constants && terms.op(a_address) != smt::Op::BvConst) {
+        Term base;
+        std::uint64_t offset = 0;
+        terms.splitOffset(a_address, base, offset);
+        std::uint8_t byte = 0;
+        std::uint32_t start = 0;
+        std::uint32_t size = 0;
+        if (constants->readByte(static_cast<std::uint32_t>(offset), byte) &&
+            constants->objectHolding(static_cast<std::uint32_t>(offset), start, size))
+            m_context.pinConstants(start, size);
+    }
     Term value;
     for (unsigned i = 0; i < a_bytes; ++i) {
         Term address = terms.bvAddConst(a_address, i);

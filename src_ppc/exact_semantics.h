@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "constant_memory.h"
@@ -54,6 +55,9 @@ struct ControlOutcome {
 // terms, fresh values, the constraints that tie them, constant memory.
 class ExactContext {
 public:
+    // At most this many bytes of constants are stated.
+    static constexpr std::size_t MAX_PINNED_BYTES = 1 << 20;
+
     ExactContext(smt::TermTable& a_terms, const ConstantMemory* a_constants);
 
     smt::TermTable& terms() { return m_terms; }
@@ -72,6 +76,12 @@ public:
     // The 64 bits of a double value (see FloatViews).
     smt::Term bitsOf(smt::Term a_value);
 
+    // States that the memory before the code holds the executable's
+    // constants from a_start on, for a_size bytes (each byte once): where
+    // the code reads constants at an address it computes (a jump table, a
+    // table of constants), their value is part of what the code does.
+    void pinConstants(std::uint32_t a_start, std::uint32_t a_size);
+
 private:
     smt::TermTable& m_terms;
     const ConstantMemory* m_constants;
@@ -79,6 +89,7 @@ private:
     std::vector<smt::Term> m_fresh;
     std::vector<smt::Term> m_constraints;
     std::vector<std::pair<smt::Term, smt::Term>> m_bits_of; // value -> bits
+    std::unordered_set<std::uint32_t> m_pinned;             // addresses already pinned
     int m_fresh_count = 0;
 };
 

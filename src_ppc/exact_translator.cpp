@@ -27,8 +27,9 @@ bool branchesAlways(long a_options)
 } // namespace
 
 struct ExactTranslator::Flow {
-    int m_next = NONE;   // where control goes on to: an instruction or EXIT
-    int m_target = NONE; // where a branch goes: an instruction or EXIT
+    int m_next = NONE;        // where control goes on to: an instruction or EXIT
+    int m_target = NONE;      // where a branch goes: an instruction or EXIT
+    std::vector<int> m_table; // where a computed branch goes: instructions
 };
 
 struct ExactTranslator::PathNode {
@@ -47,13 +48,13 @@ struct ExactTranslator::Instance {
     std::vector<std::pair<int, int>> m_context; // (loop, iteration) of the loops around it
     int m_next = NONE;                          // instance, EXIT, SINK or NONE
     int m_target = NONE;
+    std::vector<int> m_table;                   // instances of the flow's m_table
     int m_pending = 0;
     std::vector<Incoming> m_incoming;
 };
 
-ExactTranslator::ExactTranslator(ExactContext& a_context, std::string a_listing_name, int a_unroll)
-    : m_context(a_context), m_terms(a_context.terms()), m_semantics(a_context),
-      m_listing_name(std::move(a_listing_name)), m_unroll(a_unroll)
+ExactTranslator::ExactTranslator(const ConstantMemory* a_constants, std::string a_listing_name, int a_unroll)
+    : m_constants(a_constants), m_listing_name(std::move(a_listing_name)), m_unroll(a_unroll)
 {
 }
 
@@ -88,6 +89,14 @@ void ExactTranslator::prepare(const std::vector<ListingInstruction>& a_lines)
         if (!index_of.emplace(m_instructions[i].m_offset, static_cast<int>(i)).second)
             fail(m_instructions[i], "offset " + std::to_string(m_instructions[i].m_offset) +
                                         " is the offset of an earlier instruction too");
+    for (std::size_t i = 0; i < m_instructions.size(); ++i) {
+        m_index_of_address.emplace(m_instructions[i].m_address, static_cast<int>(i));
+        // A computed branch that decrements the count register is an
+        // invalid form: the count is its target.
+        if (m_instructions[i].m_mnemonic.compare(0, 5, "bcctr") == 0 && !(m_instructions[i].m_operands[1].m_value & 0x4))
+            fail(m_instructions[i], "invalid form of " + m_instructions[i].m_mnemonic +
+                                        " (it would decrement the count register it branches to)");
+    }
     m_flow.assign(m_instructions.size(), Flow());
     for (std::size_t i = 0; i < m_instructions.size(); ++i) {
         ExactInstruction& instruction = m_instructions[i];
@@ -114,6 +123,8 @@ void ExactTranslator::buildFlow()
         const ExactInstruction& instruction = m_instructions[i];
         const std::string& m = instruction.m_mnemonic;
         Flow& flow = m_flow[i];
+        auto known = m_computed_targets.find(i);
+        flow.m_table = known == m_computed_targets.end() ? std::vector<int>() : known->second;
         int next = i + 1 < count ? i + 1 : EXIT;
         bool external = instruction.m_target_operand && instruction.m_operands[instruction.m_target_operand].m_external;
         bool always = m == "b" || ((m == "bc" || m == "bclr" || m == "bcctr") && branchesAlways(instruction.m_operands[1].m_value));
@@ -125,7 +136,7 @@ void ExactTranslator::buildFlow()
             flow.m_target = EXIT;
             flow.m_next = always ? NONE : next;
         } else if (m == "bcctr") {
-            fail(instruction, "no exact semantics for bcctr (its targets are unknown)");
+            flow.m_next = always ? NONE : next;
         } else {
             flow.m_next = next;
         }
@@ -136,13 +147,16 @@ void ExactTranslator::buildFlow()
 
 namespace {
 
-std::vector<int> successorsOf(int a_next, int a_target)
+std::vector<int> successorsOf(int a_next, int a_target, const std::vector<int>& a_table)
 {
     std::vector<int> successors;
     if (a_next >= 0)
         successors.push_back(a_next);
     if (a_target >= 0 && a_target != a_next)
         successors.push_back(a_target);
+    for (int target : a_table)
+        if (std::find(successors.begin(), successors.end(), target) == successors.end())
+            successors.push_back(target);
     return successors;
 }
 
@@ -152,12 +166,13 @@ void ExactTranslator::findLoops()
 {
     int count = static_cast<int>(m_instructions.size());
     m_header_of.assign(count, -1);
+    m_loop_body.clear();
     if (count == 0)
         return;
     std::vector<std::vector<int>> successors(count);
     std::vector<std::vector<int>> predecessors(count);
     for (int i = 0; i < count; ++i) {
-        successors[i] = successorsOf(m_flow[i].m_next, m_flow[i].m_target);
+        successors[i] = successorsOf(m_flow[i].m_next, m_flow[i].m_target, m_flow[i].m_table);
         for (int successor : successors[i])
             predecessors[successor].push_back(i);
     }
@@ -322,14 +337,21 @@ void ExactTranslator::unroll()
         const Flow& flow = m_flow[m_instances[id].m_instruction];
         int next = flow.m_next == NONE ? NONE : follow(id, flow.m_next);
         int target = flow.m_target == NONE ? NONE : follow(id, flow.m_target);
+        std::vector<int> table;
+        for (int entry : flow.m_table)
+            table.push_back(follow(id, entry));
         m_instances[id].m_next = next;
         m_instances[id].m_target = target;
+        m_instances[id].m_table = std::move(table);
     }
     for (const Instance& instance : m_instances) {
         if (instance.m_next >= 0)
             ++m_instances[instance.m_next].m_pending;
         if (instance.m_target >= 0)
             ++m_instances[instance.m_target].m_pending;
+        for (int entry : instance.m_table)
+            if (entry >= 0)
+                ++m_instances[entry].m_pending;
     }
 }
 
@@ -337,7 +359,7 @@ void ExactTranslator::unroll()
 
 int ExactTranslator::pathChild(int a_parent, Term a_literal)
 {
-    m_paths.push_back(PathNode{m_terms.andOf(m_paths[a_parent].m_term, a_literal), a_parent, a_literal});
+    m_paths.push_back(PathNode{m_terms->andOf(m_paths[a_parent].m_term, a_literal), a_parent, a_literal});
     return static_cast<int>(m_paths.size()) - 1;
 }
 
@@ -353,9 +375,9 @@ void ExactTranslator::merge(std::vector<Incoming>& a_incoming, int& a_path, Mach
                 const PathNode& left = m_paths[a_incoming[i].m_path];
                 const PathNode& right = m_paths[a_incoming[j].m_path];
                 if (left.m_parent < 0 || left.m_parent != right.m_parent ||
-                    left.m_literal != m_terms.notOf(right.m_literal))
+                    left.m_literal != m_terms->notOf(right.m_literal))
                     continue;
-                a_incoming[i].m_state = MachineState::choose(m_terms, m_context.floats(), left.m_literal,
+                a_incoming[i].m_state = MachineState::choose(*m_terms, m_context->floats(), left.m_literal,
                                                              a_incoming[i].m_state, a_incoming[j].m_state);
                 a_incoming[i].m_path = left.m_parent;
                 a_incoming.erase(a_incoming.begin() + static_cast<long>(j));
@@ -367,50 +389,159 @@ void ExactTranslator::merge(std::vector<Incoming>& a_incoming, int& a_path, Mach
         a_state = std::move(a_incoming[0].m_state);
         return;
     }
-    Term condition = m_terms.falseTerm();
+    Term condition = m_terms->falseTerm();
     for (const Incoming& incoming : a_incoming)
-        condition = m_terms.orOf(condition, m_paths[incoming.m_path].m_term);
+        condition = m_terms->orOf(condition, m_paths[incoming.m_path].m_term);
     m_paths.push_back(PathNode{condition, -1, Term{}});
     a_path = static_cast<int>(m_paths.size()) - 1;
     a_state = a_incoming.back().m_state;
     for (std::size_t k = a_incoming.size() - 1; k-- > 0;)
-        a_state = MachineState::choose(m_terms, m_context.floats(), m_paths[a_incoming[k].m_path].m_term,
+        a_state = MachineState::choose(*m_terms, m_context->floats(), m_paths[a_incoming[k].m_path].m_term,
                                        a_incoming[k].m_state, a_state);
 }
 
 Term ExactTranslator::proposition(ExactResult& a_result, Term a_condition)
 {
-    Term named = m_terms.symbol("p" + std::to_string(a_result.m_propositions.size() + 1), Sort::boolean());
+    Term named = m_terms->symbol("p" + std::to_string(a_result.m_propositions.size() + 1), Sort::boolean());
     a_result.m_propositions.push_back(named);
     a_result.m_conditions.push_back(a_condition);
     return named;
 }
 
-void ExactTranslator::execute(ExactResult& a_result)
+namespace {
+
+// Whether a_term is a word loaded byte by byte, big-endian, from four
+// consecutive addresses base+offset .. base+offset+3 of one base.
+bool isWordLoad(const smt::TermTable& a_terms, Term a_term, std::uint64_t& a_offset)
+{
+    Term bytes[4];
+    Term at = a_term;
+    for (int i = 3; i > 0; --i) {
+        if (a_terms.op(at) != smt::Op::Concat)
+            return false;
+        bytes[i] = a_terms.child(at, 1);
+        at = a_terms.child(at, 0);
+    }
+    bytes[0] = at;
+    Term first_base;
+    for (int i = 0; i < 4; ++i) {
+        if (a_terms.op(bytes[i]) != smt::Op::Select)
+            return false;
+        Term base;
+        std::uint64_t offset = 0;
+        a_terms.splitOffset(a_terms.child(bytes[i], 1), base, offset);
+        if (i == 0) {
+            first_base = base;
+            a_offset = offset;
+        }
+        if (base.isNull() || base != first_base || smt::truncate(offset - a_offset, 32) != std::uint64_t(i))
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+std::vector<int> ExactTranslator::tableTargets(const ExactInstruction& a_instruction, Term a_target_address)
+{
+    smt::TermTable& terms = *m_terms;
+    std::vector<int> targets;
+    auto instructionAt = [&](std::uint64_t a_address) {
+        auto found = m_index_of_address.find(static_cast<std::uint32_t>(a_address));
+        return found == m_index_of_address.end() ? -1 : found->second;
+    };
+    if (terms.op(a_target_address) == smt::Op::BvConst) {
+        int target = instructionAt(terms.constValue(a_target_address));
+        if (target < 0)
+            fail(a_instruction, "no exact semantics for " + a_instruction.m_mnemonic +
+                                    " (its target is not an instruction of the node)");
+        targets.push_back(target);
+        return targets;
+    }
+    // The address came from a table of words in the executable's constants
+    // (an entry for each case of a switch): each entry put in its place
+    // gives one target. The entries run until one leads outside the node.
+    Term load;
+    std::uint64_t table = 0;
+    std::vector<Term> work{a_target_address};
+    while (!work.empty() && load.isNull()) {
+        Term term = work.back();
+        work.pop_back();
+        if (terms.width(term) == 32 && isWordLoad(terms, term, table)) {
+            load = term;
+            break;
+        }
+        for (int i = 0; i < terms.node(term).m_arity; ++i)
+            if (terms.sort(terms.child(term, i)).isBitVec())
+                work.push_back(terms.child(term, i));
+    }
+    int entries = 0;
+    for (int k = 0; !load.isNull() && m_constants && k < MAX_TABLE_ENTRIES; ++k) {
+        std::uint32_t entry = 0;
+        bool readable = true;
+        for (int i = 0; i < 4 && readable; ++i) {
+            std::uint8_t byte = 0;
+            readable = m_constants->readByte(static_cast<std::uint32_t>(table + 4u * k + i), byte);
+            entry = (entry << 8) | byte;
+        }
+        if (!readable)
+            break;
+        Term address = terms.replace(a_target_address, load, terms.bitVec(32, entry));
+        if (terms.op(address) != smt::Op::BvConst)
+            break;
+        int target = instructionAt(terms.constValue(address));
+        if (target < 0)
+            break;
+        if (std::find(targets.begin(), targets.end(), target) == targets.end())
+            targets.push_back(target);
+        entries = k + 1;
+    }
+    // The table's entries are what the executable holds.
+    m_context->pinConstants(static_cast<std::uint32_t>(table), 4u * static_cast<std::uint32_t>(entries));
+    if (targets.empty())
+        fail(a_instruction, "no exact semantics for " + a_instruction.m_mnemonic +
+                                " (its targets are not in a table of the executable that velcor can read)");
+    return targets;
+}
+
+bool ExactTranslator::execute(ExactResult& a_result)
 {
     m_paths.clear();
-    m_paths.push_back(PathNode{m_terms.trueTerm(), -1, Term{}});
+    m_paths.push_back(PathNode{m_terms->trueTerm(), -1, Term{}});
     std::vector<Incoming> exits;
-    Term not_unwound = m_terms.falseTerm();
+    Term not_unwound = m_terms->falseTerm();
     if (m_instances.empty()) {
-        exits.push_back(Incoming{0, MachineState::initial(m_terms)});
+        exits.push_back(Incoming{0, MachineState::initial(*m_terms)});
     } else {
-        m_instances[0].m_incoming.push_back(Incoming{0, MachineState::initial(m_terms)});
+        m_instances[0].m_incoming.push_back(Incoming{0, MachineState::initial(*m_terms)});
     }
 
     auto send = [&](int a_to, int a_path, const MachineState& a_state) {
-        if (m_terms.isFalse(m_paths[a_path].m_term))
+        if (m_terms->isFalse(m_paths[a_path].m_term))
             return;
         if (a_to == EXIT)
             exits.push_back(Incoming{a_path, a_state});
         else if (a_to == SINK)
-            not_unwound = m_terms.orOf(not_unwound, m_paths[a_path].m_term);
+            not_unwound = m_terms->orOf(not_unwound, m_paths[a_path].m_term);
         else if (a_to >= 0)
             m_instances[a_to].m_incoming.push_back(Incoming{a_path, a_state});
     };
     auto release = [&](int a_to, std::deque<int>& a_ready) {
         if (a_to >= 0 && --m_instances[a_to].m_pending == 0)
             a_ready.push_back(a_to);
+    };
+    // Splits a_path on a_condition: the part where it holds is sent to
+    // a_taken, the rest is returned.
+    auto branch = [&](int a_path, Term a_condition, int a_taken, const MachineState& a_taken_state) {
+        if (m_terms->isTrue(a_condition)) {
+            send(a_taken, a_path, a_taken_state);
+            return -1;
+        }
+        if (m_terms->isFalse(a_condition))
+            return a_path;
+        Term p = proposition(a_result, a_condition);
+        send(a_taken, pathChild(a_path, p), a_taken_state);
+        return pathChild(a_path, m_terms->notOf(p));
     };
 
     std::deque<int> ready;
@@ -422,6 +553,7 @@ void ExactTranslator::execute(ExactResult& a_result)
         Instance& instance = m_instances[id];
         int next = instance.m_next;
         int target = instance.m_target;
+        std::vector<int> table = instance.m_table;
         std::vector<Incoming> incoming = std::move(instance.m_incoming);
         instance.m_incoming.clear();
         if (!incoming.empty()) {
@@ -429,69 +561,96 @@ void ExactTranslator::execute(ExactResult& a_result)
             MachineState state;
             merge(incoming, path, state);
             const ExactInstruction& instruction = m_instructions[instance.m_instruction];
-            ControlOutcome outcome = m_semantics.execute(instruction, state);
+            ControlOutcome outcome = m_semantics->execute(instruction, state);
             Term condition = outcome.m_condition;
-            // Where control goes when the instruction's condition holds.
-            int taken = NONE;
-            MachineState taken_state = state;
+            int rest = path;
             switch (outcome.m_kind) {
             case ControlOutcome::NEXT:
-                condition = m_terms.falseTerm();
                 break;
             case ControlOutcome::BRANCH:
-                taken = target;
+                rest = branch(path, condition, target, state);
                 break;
             case ControlOutcome::RETURN:
-                taken = EXIT;
+                rest = branch(path, condition, EXIT, state);
                 break;
             case ControlOutcome::CALL:
-                taken = next;
-                m_semantics.unknownCall(taken_state);
+            case ControlOutcome::TAIL_CALL: {
+                MachineState called = state;
+                m_semantics->unknownCall(called);
+                rest = branch(path, condition, outcome.m_kind == ControlOutcome::CALL ? next : EXIT, called);
                 break;
-            case ControlOutcome::TAIL_CALL:
-                taken = EXIT;
-                m_semantics.unknownCall(taken_state);
+            }
+            case ControlOutcome::COMPUTED: {
+                std::vector<int> targets = tableTargets(instruction, state.m_ctr);
+                std::vector<int>& known = m_computed_targets[instance.m_instruction];
+                bool more = false;
+                for (int found : targets)
+                    if (std::find(known.begin(), known.end(), found) == known.end()) {
+                        known.push_back(found);
+                        more = true;
+                    }
+                if (more)
+                    return false; // the flow changes: the walk starts again
+                // Where the condition holds, one target after the other by
+                // the address in the count register; an address that none
+                // has leaves the known paths.
+                int taken = m_terms->isTrue(condition) ? path : -1;
+                if (taken < 0) {
+                    Term p = proposition(a_result, condition);
+                    taken = pathChild(path, p);
+                    rest = pathChild(path, m_terms->notOf(p));
+                } else {
+                    rest = -1;
+                }
+                const std::vector<int>& flow_table = m_flow[instance.m_instruction].m_table;
+                for (std::size_t k = 0; k < flow_table.size() && taken >= 0; ++k) {
+                    Term here = m_terms->eq(state.m_ctr, m_terms->bitVec(32, m_instructions[flow_table[k]].m_address));
+                    taken = branch(taken, here, table[k], state);
+                }
+                if (taken >= 0)
+                    send(SINK, taken, state);
                 break;
-            case ControlOutcome::COMPUTED:
-                fail(instruction, "no exact semantics for " + instruction.m_mnemonic + " (its targets are unknown)");
             }
-            if (m_terms.isTrue(condition)) {
-                send(taken, path, taken_state);
-            } else if (m_terms.isFalse(condition)) {
-                send(next, path, state);
-            } else {
-                Term p = proposition(a_result, condition);
-                send(taken, pathChild(path, p), taken_state);
-                send(next, pathChild(path, m_terms.notOf(p)), state);
             }
+            if (rest >= 0)
+                send(next, rest, state);
         }
         release(next, ready);
         release(target, ready);
+        for (int entry : table)
+            release(entry, ready);
     }
 
-    a_result.m_unwound = m_terms.notOf(not_unwound);
+    a_result.m_unwound = m_terms->notOf(not_unwound);
     if (exits.empty()) {
         a_result.m_leaves = false;
-        return;
+        return true;
     }
     int path = 0;
     merge(exits, path, a_result.m_final);
     a_result.m_leaves = true;
+    return true;
 }
 
 ExactResult ExactTranslator::translate(const std::vector<ListingInstruction>& a_lines)
 {
-    ExactResult result;
     prepare(a_lines);
-    buildFlow();
-    findLoops();
-    unroll();
-    for (const ExactInstruction& instruction : m_instructions) {
-        const std::string& m = instruction.m_mnemonic;
-        bool float_mnemonic = m[0] == 'f' || m.compare(0, 2, "lf") == 0 || m.compare(0, 3, "stf") == 0;
-        if (float_mnemonic)
-            result.m_uses_floats = true;
+    // Each round that meets a computed branch with new targets adds them to
+    // the flow, so rounds are at most as many as the instructions.
+    for (;;) {
+        m_terms = std::make_unique<smt::TermTable>();
+        m_context = std::make_unique<ExactContext>(*m_terms, m_constants);
+        m_semantics = std::make_unique<ExactSemantics>(*m_context);
+        buildFlow();
+        findLoops();
+        unroll();
+        ExactResult result;
+        for (const ExactInstruction& instruction : m_instructions) {
+            const std::string& m = instruction.m_mnemonic;
+            if (m[0] == 'f' || m.compare(0, 2, "lf") == 0 || m.compare(0, 3, "stf") == 0)
+                result.m_uses_floats = true;
+        }
+        if (execute(result))
+            return result;
     }
-    execute(result);
-    return result;
 }

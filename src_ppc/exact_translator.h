@@ -8,7 +8,9 @@
 #ifndef VELCOR_SRC_PPC_EXACT_TRANSLATOR_H
 #define VELCOR_SRC_PPC_EXACT_TRANSLATOR_H
 
+#include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "exact_semantics.h"
@@ -35,14 +37,22 @@ public:
     static constexpr int DEFAULT_UNROLL = 64;
     // At most this many instructions once loops are unrolled.
     static constexpr std::size_t MAX_INSTANCES = 2000000;
+    // At most this many entries are read from one jump table.
+    static constexpr int MAX_TABLE_ENTRIES = 4096;
 
-    // a_listing_name names the listing in messages.
-    ExactTranslator(ExactContext& a_context, std::string a_listing_name, int a_unroll = DEFAULT_UNROLL);
+    // a_listing_name names the listing in messages; a_constants (or null)
+    // holds the bytes the code may read as constants: jump tables among
+    // them.
+    ExactTranslator(const ConstantMemory* a_constants, std::string a_listing_name, int a_unroll = DEFAULT_UNROLL);
     ~ExactTranslator();
 
     // Translates the listing's instructions; ends the run with one message
     // line per instruction that has no exact meaning.
     ExactResult translate(const std::vector<ListingInstruction>& a_lines);
+
+    // The terms and fresh values of the result.
+    smt::TermTable& terms() { return *m_terms; }
+    const ExactContext& context() const { return *m_context; }
 
 private:
     struct Flow;
@@ -54,18 +64,28 @@ private:
     void buildFlow();
     void findLoops();
     void unroll();
-    void execute(ExactResult& a_result);
+    // One walk over the instances; false when it met a computed branch
+    // with targets that the flow did not know yet (they are added).
+    bool execute(ExactResult& a_result);
     [[noreturn]] void fail(const ExactInstruction& a_instruction, const std::string& a_message) const;
+    // The instructions a computed branch can go to, read from the jump
+    // table its count register was loaded from.
+    std::vector<int> tableTargets(const ExactInstruction& a_instruction, smt::Term a_target_address);
 
     int pathChild(int a_parent, smt::Term a_literal);
     void merge(std::vector<Incoming>& a_incoming, int& a_path, MachineState& a_state);
     smt::Term proposition(ExactResult& a_result, smt::Term a_condition);
 
-    ExactContext& m_context;
-    smt::TermTable& m_terms;
-    ExactSemantics m_semantics;
+    const ConstantMemory* m_constants;
+    std::unique_ptr<smt::TermTable> m_terms;
+    std::unique_ptr<ExactContext> m_context;
+    std::unique_ptr<ExactSemantics> m_semantics;
     std::string m_listing_name;
     int m_unroll;
+    // Instruction index of each address (the first instruction at it).
+    std::unordered_map<std::uint32_t, int> m_index_of_address;
+    // The targets found so far for each computed branch (by instruction).
+    std::unordered_map<int, std::vector<int>> m_computed_targets;
 
     std::vector<ExactInstruction> m_instructions;
     std::vector<Flow> m_flow;
