@@ -1,9 +1,11 @@
 #include "command_line.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
+#include "instruction_list.h"
 #include "misc/stop.h"
 #include "misc/trace.h"
 #include "version.h"
@@ -62,6 +64,18 @@ const Option options[] = {
      "node uses floats), their post-states with the prefix P, the branch propositions p1, p2, ... and "
      "unwound.",
      false, [](CommandLine& a_line, const char*) { a_line.m_format = SMT2; }},
+    {"-unroll", nullptr, "N", "with -smt2, follow loops up to N iterations (default 64)",
+     "A backward branch that can reach itself is followed round up to N times; the obligations state, as the "
+     "proposition unwound, that every path left the loops within the bound, and assert the state after the "
+     "code only where it holds. N runs from 1 to 100000.",
+     false,
+     [](CommandLine& a_line, const char* a_value) {
+         char* end = nullptr;
+         long bound = std::strtol(a_value, &end, 10);
+         if (end == a_value || *end != '\0' || bound < 1 || bound > 100000)
+             stopRun(std::string("Error: -unroll takes a number from 1 to 100000, not ") + a_value + "\n");
+         a_line.m_unroll = static_cast<int>(bound);
+     }},
     {"-o", nullptr, "FILE", "write FILE instead of a_stdout0, only if the run completes",
      "The obligations go to a temporary file in the directory of FILE, which replaces FILE when the run "
      "completes; a failed or interrupted run leaves an existing FILE as it was and removes the temporary "
@@ -79,6 +93,10 @@ const Option options[] = {
          a_line.m_debug = true;
          misc::traceOut() << "Debug level full - printing all debug information\n";
      }},
+    {"-list-instructions", nullptr, nullptr, "print each mnemonic velcor reads, with what each syntax does with it",
+     "For CVC, TLV and ICS a mnemonic is approximate (the older model's meaning) or unknown (nothing assigned); "
+     "for SMT-LIB 2 it is exact or unknown (the run stops and names it).",
+     true, [](CommandLine& a_line, const char*) { a_line.m_answer = writeInstructionList; }},
     {"-h", "--help", nullptr, "print the usage and the options, and exit", nullptr, true,
      [](CommandLine& a_line, const char*) { a_line.m_answer = writeHelp; }},
     {"--version", nullptr, nullptr, "print the version and the commit it was built from, and exit", nullptr, true,
@@ -87,7 +105,7 @@ const Option options[] = {
 };
 
 const ExitStatus exit_statuses[] = {
-    {0, "a complete run, or an answer to --help or --version"},
+    {0, "a complete run, or an answer to --help, --version or -list-instructions"},
     {1, "a bad command line or input, a capacity reached, or an unwritable output"},
     {0, nullptr},
 };

@@ -20,6 +20,8 @@ struct CommandLine {
     // -o: the output file, or null for a_stdout0.
     const char* m_output = nullptr;
     output_format_t m_format = CVC;
+    // -unroll: how often loops are followed round under -smt2.
+    int m_unroll = 64;
     bool m_no_if = false;
     bool m_debug = false;
     bool m_quiet = false;

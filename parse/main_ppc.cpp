@@ -270,7 +270,7 @@ int run(int argc, char** argv)
 
     if (exact) {
         // Code read from an executable loads its constants from there.
-        ExactTranslator translator(listing.image(), line.m_listing);
+        ExactTranslator translator(listing.image(), line.m_listing, line.m_unroll);
         ExactResult result = translator.translate(listing_program.instructions());
         Smt2Output output(translator.terms(), translator.context(), result, dwarf_debug_o, *getOutFile());
         ExactContents contents(output);

@@ -92,8 +92,8 @@ const std::unordered_map<std::string, const char*>& shapes()
         {"lhau", "rd"},     {"lhax", "rrr"},    {"lhaux", "rrr"},   {"lbz", "rd"},      {"lbzu", "rd"},
         {"lbzx", "rrr"},    {"lbzux", "rrr"},   {"stw", "rd"},      {"stwu", "rd"},     {"stwx", "rrr"},
         {"stwux", "rrr"},   {"sth", "rd"},      {"sthu", "rd"},     {"sthx", "rrr"},    {"sthux", "rrr"},
-        {"stb", "rd"},      {"stbu", "rd"},     {"stbx", "rrr"},    {"stbux", "rrr"},   {"lhbrx", "rrr"},
-        {"lwbrx", "rrr"},   {"sthbrx", "rrr"},  {"stwbrx", "rrr"},  {"lmw", "rd"},      {"stmw", "rd"},
+        {"stb", "rd"},      {"stbu", "rd"},     {"stbx", "rrr"},    {"stbux", "rrr"},   {"lmw", "rd"},
+        {"stmw", "rd"},
         {"lfs", "fd"},      {"lfsu", "fd"},     {"lfsx", "frr"},    {"lfsux", "frr"},   {"lfd", "fd"},
         {"lfdu", "fd"},     {"lfdx", "frr"},    {"lfdux", "frr"},   {"stfs", "fd"},     {"stfsu", "fd"},
         {"stfsx", "frr"},   {"stfsux", "frr"},  {"stfd", "fd"},     {"stfdu", "fd"},    {"stfdx", "frr"},
@@ -665,7 +665,6 @@ struct Access {
     unsigned m_bytes;
     bool m_store;
     bool m_algebraic;  // lha: sign-extended
-    bool m_reversed;   // byte-reversed forms
     bool m_update;     // rA takes the effective address
     bool m_indexed;    // (rA|0) + rB
 };
@@ -675,28 +674,14 @@ Access accessOf(const std::string& a_mnemonic)
     Access access{};
     std::string m = a_mnemonic;
     access.m_store = m[0] == 's';
-    access.m_reversed = m.find("brx") != std::string::npos;
     std::string rest = m.substr(access.m_store ? 2 : 1); // after "st" or "l"
     char size = rest[0];
     access.m_bytes = size == 'b' ? 1 : size == 'h' ? 2 : 4;
     access.m_algebraic = rest.size() > 1 && rest[1] == 'a';
     std::string tail = rest.substr(access.m_algebraic || rest[1] == 'z' ? 2 : 1);
-    if (access.m_reversed)
-        tail = "x";
     access.m_update = !tail.empty() && tail[0] == 'u';
     access.m_indexed = !tail.empty() && tail.back() == 'x';
     return access;
-}
-
-Term reverseBytes(TermTable& a_terms, Term a_value)
-{
-    unsigned bytes = a_terms.width(a_value) / 8;
-    Term reversed;
-    for (unsigned i = 0; i < bytes; ++i) {
-        Term byte = a_terms.extract(8 * i + 7, 8 * i, a_value);
-        reversed = reversed.isNull() ? byte : a_terms.concat(reversed, byte);
-    }
-    return reversed;
 }
 
 void integerMemory(Step& s, ControlOutcome&)
@@ -705,14 +690,9 @@ void integerMemory(Step& s, ControlOutcome&)
     Access access = accessOf(s.m_in.m_mnemonic);
     Term address = access.m_indexed ? s.indexedAddress(2, 3) : s.displacementAddress(2);
     if (access.m_store) {
-        Term value = t.extract(8 * access.m_bytes - 1, 0, s.gpr(1));
-        if (access.m_reversed)
-            value = reverseBytes(t, value);
-        s.store(address, value);
+        s.store(address, t.extract(8 * access.m_bytes - 1, 0, s.gpr(1)));
     } else {
         Term value = s.load(address, access.m_bytes);
-        if (access.m_reversed)
-            value = reverseBytes(t, value);
         value = access.m_algebraic ? t.signExtend(32 - 8 * access.m_bytes, value)
                                    : t.zeroExtend(32 - 8 * access.m_bytes, value);
         s.setGpr(1, value);

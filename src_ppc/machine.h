@@ -46,6 +46,9 @@ public:
     DNF getAndDeleteFirstAnnotation();
     void setAnnotation(const Annotation& a_annotation, bool a_first);
     static bool isBranch(TOP a_operation);
+    // Whether the translation gives the opcode a meaning (values assigned,
+    // or the path conditions split) rather than assigning nothing.
+    static bool translates(TOP a_operation);
     ExpHandle mayBeIf(bool a_is_true, bool a_is_false, const ExpHandle& a_cond, const ExpHandle& a_then_part,
                       const ExpHandle& a_else_part) const;
     ExpHandle notIf(bool, bool, const ExpHandle&, const ExpHandle& a_then_part, const ExpHandle&) const
