@@ -62,55 +62,6 @@ void ExactContext::pinConstants(std::uint32_t a_start, std::uint32_t a_size)
 
 namespace {
 
-// Operand letters: r general register, f float register, c condition
-// field 0-7, b condition bit 0-31, o branch options 0-31, s signed 16-bit,
-// u unsigned 16-bit, h 16-bit either way (addis), k 0-31, m 0-255, x a
-// special register number, d displacement(base), t branch target; a
-// letter after '?' may be left out.
-const std::unordered_map<std::string, const char*>& shapes()
-{
-    static const std::unordered_map<std::string, const char*> table = {
-        {"addi", "rrs"},    {"addis", "rrh"},   {"addic", "rrs"},   {"addic.", "rrs"},  {"subfic", "rrs"},
-        {"mulli", "rrs"},   {"add", "rrr"},     {"add.", "rrr"},    {"addc", "rrr"},    {"addc.", "rrr"},
-        {"adde", "rrr"},    {"adde.", "rrr"},   {"addze", "rr"},    {"addze.", "rr"},   {"addme", "rr"},
-        {"addme.", "rr"},   {"subf", "rrr"},    {"subf.", "rrr"},   {"subfc", "rrr"},   {"subfc.", "rrr"},
-        {"subfe", "rrr"},   {"subfe.", "rrr"},  {"subfze", "rr"},   {"subfze.", "rr"},  {"subfme", "rr"},
-        {"subfme.", "rr"},  {"neg", "rr"},      {"neg.", "rr"},     {"mullw", "rrr"},   {"mullw.", "rrr"},
-        {"mulhw", "rrr"},   {"mulhw.", "rrr"},  {"mulhwu", "rrr"},  {"mulhwu.", "rrr"}, {"divw", "rrr"},
-        {"divw.", "rrr"},   {"divwu", "rrr"},   {"divwu.", "rrr"},  {"and", "rrr"},     {"and.", "rrr"},
-        {"andc", "rrr"},    {"andc.", "rrr"},   {"or", "rrr"},      {"or.", "rrr"},     {"orc", "rrr"},
-        {"orc.", "rrr"},    {"xor", "rrr"},     {"xor.", "rrr"},    {"nor", "rrr"},     {"nor.", "rrr"},
-        {"nand", "rrr"},    {"nand.", "rrr"},   {"eqv", "rrr"},     {"eqv.", "rrr"},    {"slw", "rrr"},
-        {"slw.", "rrr"},    {"srw", "rrr"},     {"srw.", "rrr"},    {"sraw", "rrr"},    {"sraw.", "rrr"},
-        {"srawi", "rrk"},   {"srawi.", "rrk"},  {"ori", "rru"},     {"oris", "rru"},    {"xori", "rru"},
-        {"xoris", "rru"},   {"andi.", "rru"},   {"andis.", "rru"},  {"extsb", "rr"},    {"extsb.", "rr"},
-        {"extsh", "rr"},    {"extsh.", "rr"},   {"cntlzw", "rr"},   {"cntlzw.", "rr"},  {"rlwinm", "rrkkk"},
-        {"rlwinm.", "rrkkk"}, {"rlwimi", "rrkkk"}, {"rlwimi.", "rrkkk"}, {"rlwnm", "rrrkk"}, {"rlwnm.", "rrrkk"},
-        {"cmpi", "crs"},    {"cmpli", "cru"},   {"cmp", "crr"},     {"cmpl", "crr"},    {"fcmpu", "cff"},
-        {"fcmpo", "cff"},   {"lwz", "rd"},      {"lwzu", "rd"},     {"lwzx", "rrr"},    {"lwzux", "rrr"},
-        {"lhz", "rd"},      {"lhzu", "rd"},     {"lhzx", "rrr"},    {"lhzux", "rrr"},   {"lha", "rd"},
-        {"lhau", "rd"},     {"lhax", "rrr"},    {"lhaux", "rrr"},   {"lbz", "rd"},      {"lbzu", "rd"},
-        {"lbzx", "rrr"},    {"lbzux", "rrr"},   {"stw", "rd"},      {"stwu", "rd"},     {"stwx", "rrr"},
-        {"stwux", "rrr"},   {"sth", "rd"},      {"sthu", "rd"},     {"sthx", "rrr"},    {"sthux", "rrr"},
-        {"stb", "rd"},      {"stbu", "rd"},     {"stbx", "rrr"},    {"stbux", "rrr"},   {"lmw", "rd"},
-        {"stmw", "rd"},
-        {"lfs", "fd"},      {"lfsu", "fd"},     {"lfsx", "frr"},    {"lfsux", "frr"},   {"lfd", "fd"},
-        {"lfdu", "fd"},     {"lfdx", "frr"},    {"lfdux", "frr"},   {"stfs", "fd"},     {"stfsu", "fd"},
-        {"stfsx", "frr"},   {"stfsux", "frr"},  {"stfd", "fd"},     {"stfdu", "fd"},    {"stfdx", "frr"},
-        {"stfdux", "frr"},  {"stfiwx", "frr"},  {"fadd", "fff"},    {"fadds", "fff"},   {"fsub", "fff"},
-        {"fsubs", "fff"},   {"fmul", "fff"},    {"fmuls", "fff"},   {"fdiv", "fff"},    {"fdivs", "fff"},
-        {"fmadd", "ffff"},  {"fmadds", "ffff"}, {"fmsub", "ffff"},  {"fmsubs", "ffff"}, {"fnmadd", "ffff"},
-        {"fnmadds", "ffff"}, {"fnmsub", "ffff"}, {"fnmsubs", "ffff"}, {"fmr", "ff"},     {"fneg", "ff"},
-        {"fabs", "ff"},     {"fnabs", "ff"},    {"frsp", "ff"},     {"fctiw", "ff"},    {"fctiwz", "ff"},
-        {"mfcr", "r"},      {"mtcrf", "mr"},    {"mcrf", "cc"},     {"crand", "bbb"},   {"cror", "bbb"},
-        {"crxor", "bbb"},   {"crnand", "bbb"},  {"crnor", "bbb"},   {"creqv", "bbb"},   {"crandc", "bbb"},
-        {"crorc", "bbb"},   {"mfspr", "rx"},    {"mtspr", "xr"},    {"b", "t"},         {"bl", "t"},
-        {"bc", "obt"},      {"bcl", "obt"},     {"bclr", "ob?k"},   {"bclrl", "ob?k"},  {"bcctr", "ob?k"},  {"bcctrl", "ob?k"},
-        {"sync", ""},       {"isync", ""},
-    };
-    return table;
-}
-
 bool isRegisterName(const std::string& a_name, char a_letter, long& a_number)
 {
     if (a_name.size() < 2 || a_name.size() > 3 || a_name[0] != a_letter)
@@ -129,140 +80,12 @@ bool isRegisterName(const std::string& a_name, char a_letter, long& a_number)
 
 } // namespace
 
-bool ExactSemantics::hasExactMeaning(const std::string& a_mnemonic)
-{
-    return shapes().count(a_mnemonic) != 0;
-}
+// ------------------------------------------------------------------ helpers
 
 namespace {
 
 constexpr long SPR_LR = 8;
 constexpr long SPR_CTR = 9;
-
-bool inRange(long a_value, long a_low, long a_high)
-{
-    return a_value >= a_low && a_value <= a_high;
-}
-
-// Checks one operand against its letter; "" when it fits, else what it
-// should have been.
-std::string checkOperand(char a_letter, const ListingOperand& a_operand, ExactOperand& a_exact)
-{
-    bool number = a_operand.m_kind == ListingOperand::NUMBER;
-    a_exact.m_value = a_operand.m_value;
-    switch (a_letter) {
-    case 'r':
-        if (a_operand.m_kind == ListingOperand::NAME && isRegisterName(a_operand.m_name, 'r', a_exact.m_value))
-            return "";
-        return "a general register (r0 to r31)";
-    case 'f':
-        if (a_operand.m_kind == ListingOperand::NAME && isRegisterName(a_operand.m_name, 'f', a_exact.m_value))
-            return "";
-        return "a float register (f0 to f31)";
-    case 'c':
-        return number && inRange(a_operand.m_value, 0, 7) ? "" : "a condition field (0 to 7)";
-    case 'b':
-        return number && inRange(a_operand.m_value, 0, 31) ? "" : "a condition bit (0 to 31)";
-    case 'o':
-    case 'k':
-        return number && inRange(a_operand.m_value, 0, 31) ? "" : "a number from 0 to 31";
-    case 'm':
-        return number && inRange(a_operand.m_value, 0, 255) ? "" : "a field mask (0 to 255)";
-    case 's':
-        return number && inRange(a_operand.m_value, -32768, 32767) ? "" : "a signed 16-bit number";
-    case 'u':
-        return number && inRange(a_operand.m_value, 0, 65535) ? "" : "an unsigned 16-bit number";
-    case 'h':
-        return number && inRange(a_operand.m_value, -32768, 65535) ? "" : "a 16-bit number";
-    case 'x':
-        return number ? "" : "a special register number";
-    case 'd':
-        if (a_operand.m_kind == ListingOperand::DISPLACEMENT && inRange(a_operand.m_value, -32768, 32767)) {
-            long base = 0;
-            if (isRegisterName(a_operand.m_name, 'r', base)) {
-                a_exact.m_base = static_cast<int>(base);
-                return "";
-            }
-        }
-        return "a 16-bit displacement from a general register";
-    case 't':
-        if (a_operand.m_kind == ListingOperand::ADDRESS) {
-            a_exact.m_symbol = a_operand.m_name;
-            return "";
-        }
-        return "a branch target (<symbol+offset>)";
-    default:
-        return "an operand of another kind";
-    }
-}
-
-} // namespace
-
-std::string ExactSemantics::prepare(const ListingInstruction& a_line, ExactInstruction& a_instruction)
-{
-    a_instruction = ExactInstruction();
-    a_instruction.m_line = a_line.m_line;
-    a_instruction.m_address = static_cast<std::uint32_t>(a_line.m_address);
-    a_instruction.m_offset = a_line.m_offset;
-    a_instruction.m_mnemonic = topName(a_line.m_opcode);
-    const std::string& mnemonic = a_instruction.m_mnemonic;
-    auto found = shapes().find(mnemonic);
-    if (found == shapes().end())
-        return "no exact semantics for " + mnemonic;
-    a_instruction.m_operands.emplace_back(); // operand 0: the instruction's place
-    a_instruction.m_operands[0].m_value = a_line.m_offset;
-    std::size_t index = 0;
-    bool optional = false;
-    for (const char* letter = found->second; *letter; ++letter) {
-        if (*letter == '?') {
-            optional = true;
-            continue;
-        }
-        if (index >= a_line.m_operands.size()) {
-            if (optional)
-                break;
-            return "operand " + std::to_string(index + 1) + " of " + mnemonic + " is missing";
-        }
-        ExactOperand operand;
-        std::string expected = checkOperand(*letter, a_line.m_operands[index], operand);
-        if (!expected.empty())
-            return "operand " + std::to_string(index + 1) + " of " + mnemonic + " is not " + expected;
-        if (*letter == 't')
-            a_instruction.m_target_operand = static_cast<int>(index + 1);
-        a_instruction.m_operands.push_back(operand);
-        ++index;
-    }
-    if (index < a_line.m_operands.size())
-        return mnemonic + " takes " + std::to_string(index) + " operands, not " +
-               std::to_string(a_line.m_operands.size());
-
-    const std::vector<ExactOperand>& operands = a_instruction.m_operands;
-    if (mnemonic == "mfspr" || mnemonic == "mtspr") {
-        long spr = mnemonic == "mfspr" ? operands[2].m_value : operands[1].m_value;
-        if (spr != SPR_LR && spr != SPR_CTR)
-            return "no exact semantics for " + mnemonic + " of special register " + std::to_string(spr);
-    }
-    // Forms the architecture leaves invalid have no meaning to be exact
-    // about: an update with base r0, a load updating its own destination,
-    // a load-multiple overwriting its base.
-    bool update = mnemonic.size() > 2 && (mnemonic.find("u", 2) != std::string::npos) &&
-                  (mnemonic[0] == 'l' || mnemonic.compare(0, 2, "st") == 0) && mnemonic != "lmw" &&
-                  mnemonic != "stmw";
-    if (update) {
-        bool indexed = mnemonic.back() == 'x';
-        long base = indexed ? operands[2].m_value : operands[2].m_base;
-        bool load = mnemonic[0] == 'l' && mnemonic[1] != 'f';
-        if (base == 0 || (load && base == operands[1].m_value))
-            return "invalid form of " + mnemonic + " (its base register is r0 or its destination)";
-    }
-    if (mnemonic == "lmw" && operands[2].m_base >= operands[1].m_value)
-        return "invalid form of lmw (its base register is among the registers it loads)";
-    return "";
-}
-
-// ------------------------------------------------------------------ helpers
-
-namespace {
 
 // The state of one instruction's execution, with short names for what the
 // meanings below use again and again.
@@ -276,6 +99,12 @@ public:
     }
 
     long value(int k) const { return m_in.m_operands[k].m_value; }
+    // The mnemonic without the dot of a record form ("add" for "add.").
+    std::string base() const
+    {
+        const std::string& m = m_in.m_mnemonic;
+        return m.back() == '.' ? m.substr(0, m.size() - 1) : m;
+    }
     Term word(std::uint64_t a_value) { return m_terms.bitVec(32, a_value); }
     Term zero() { return word(0); }
 
@@ -483,7 +312,7 @@ void arithmetic(Step& s, ControlOutcome&)
 {
     TermTable& t = s.m_terms;
     const std::string& m = s.m_in.m_mnemonic;
-    std::string base = m.back() == '.' ? m.substr(0, m.size() - 1) : m;
+    const std::string base = s.base();
     MachineState& state = s.m_state;
     Term carry;
     if (base == "addi") {
@@ -549,8 +378,7 @@ void arithmetic(Step& s, ControlOutcome&)
 void logic(Step& s, ControlOutcome&)
 {
     TermTable& t = s.m_terms;
-    const std::string& m = s.m_in.m_mnemonic;
-    std::string base = m.back() == '.' ? m.substr(0, m.size() - 1) : m;
+    const std::string base = s.base();
     if (base == "andi" || base == "andis" || base == "ori" || base == "oris" || base == "xori" || base == "xoris") {
         std::uint64_t immediate = static_cast<std::uint64_t>(s.value(3)) & 0xffff;
         if (base.back() == 's')
@@ -596,25 +424,18 @@ void logic(Step& s, ControlOutcome&)
 void shift(Step& s, ControlOutcome&)
 {
     TermTable& t = s.m_terms;
-    const std::string& m = s.m_in.m_mnemonic;
-    std::string base = m.back() == '.' ? m.substr(0, m.size() - 1) : m;
+    const std::string base = s.base();
     Term value = s.gpr(2);
-    if (base == "srawi") {
-        Term amount = s.word(static_cast<std::uint64_t>(s.value(3)));
-        Term result = t.bvAshr(value, amount);
-        // The carry says that a negative value lost one bits.
-        s.m_state.m_ca = t.andOf(t.bvSlt(value, s.zero()), t.notOf(t.eq(t.bvShl(result, amount), value)));
-        s.setResult(1, result);
-        return;
-    }
-    // Shift amounts come from the low six bits: 32 and above shift all out.
-    Term amount = t.bvAnd(s.gpr(3), s.word(0x3f));
+    // Shift amounts of registers come from their low six bits: 32 and above
+    // shift everything out.
+    Term amount = base == "srawi" ? s.word(static_cast<std::uint64_t>(s.value(3))) : t.bvAnd(s.gpr(3), s.word(0x3f));
     if (base == "slw") {
         s.setResult(1, t.bvShl(value, amount));
     } else if (base == "srw") {
         s.setResult(1, t.bvLshr(value, amount));
-    } else { // sraw
+    } else { // sraw, srawi
         Term result = t.bvAshr(value, amount);
+        // The carry says that a negative value lost one bits.
         s.m_state.m_ca = t.andOf(t.bvSlt(value, s.zero()), t.notOf(t.eq(t.bvShl(result, amount), value)));
         s.setResult(1, result);
     }
@@ -623,8 +444,7 @@ void shift(Step& s, ControlOutcome&)
 void rotate(Step& s, ControlOutcome&)
 {
     TermTable& t = s.m_terms;
-    const std::string& m = s.m_in.m_mnemonic;
-    std::string base = m.back() == '.' ? m.substr(0, m.size() - 1) : m;
+    const std::string base = s.base();
     Term value = s.gpr(2);
     Term rotated;
     long begin;
@@ -967,46 +787,75 @@ void branch(Step& s, ControlOutcome& a_outcome)
 
 void noEffect(Step&, ControlOutcome&) {}
 
-const std::unordered_map<std::string, Meaning>& meanings()
+// What each mnemonic with an exact meaning takes and means. Operand
+// letters: r general register, f float register, c condition field 0-7,
+// b condition bit 0-31, o branch options 0-31, s signed 16-bit, u unsigned
+// 16-bit, h 16-bit either way (addis), k 0-31, m 0-255, x a special
+// register number, d displacement(base), t branch target; a letter after
+// '?' may be left out.
+struct Family {
+    Meaning m_meaning;
+    const char* m_shape;
+    std::initializer_list<const char*> m_mnemonics;
+};
+
+const Family families[] = {
+    {arithmetic, "rrs", {"addi", "addic", "addic.", "subfic", "mulli"}},
+    {arithmetic, "rrh", {"addis"}},
+    {arithmetic, "rrr",
+     {"add", "add.", "addc", "addc.", "adde", "adde.", "subf", "subf.", "subfc", "subfc.", "subfe", "subfe.",
+      "mullw", "mullw.", "mulhw", "mulhw.", "mulhwu", "mulhwu.", "divw", "divw.", "divwu", "divwu."}},
+    {arithmetic, "rr",
+     {"addze", "addze.", "addme", "addme.", "subfze", "subfze.", "subfme", "subfme.", "neg", "neg."}},
+    {logic, "rrr",
+     {"and", "and.", "andc", "andc.", "or", "or.", "orc", "orc.", "xor", "xor.", "nor", "nor.", "nand", "nand.",
+      "eqv", "eqv."}},
+    {logic, "rru", {"ori", "oris", "xori", "xoris", "andi.", "andis."}},
+    {logic, "rr", {"extsb", "extsb.", "extsh", "extsh.", "cntlzw", "cntlzw."}},
+    {shift, "rrr", {"slw", "slw.", "srw", "srw.", "sraw", "sraw."}},
+    {shift, "rrk", {"srawi", "srawi."}},
+    {rotate, "rrkkk", {"rlwinm", "rlwinm.", "rlwimi", "rlwimi."}},
+    {rotate, "rrrkk", {"rlwnm", "rlwnm."}},
+    {compare, "crs", {"cmpi"}},
+    {compare, "cru", {"cmpli"}},
+    {compare, "crr", {"cmp", "cmpl"}},
+    {floatCompare, "cff", {"fcmpu", "fcmpo"}},
+    {integerMemory, "rd",
+     {"lwz", "lwzu", "lhz", "lhzu", "lha", "lhau", "lbz", "lbzu", "stw", "stwu", "sth", "sthu", "stb", "stbu"}},
+    {integerMemory, "rrr",
+     {"lwzx", "lwzux", "lhzx", "lhzux", "lhax", "lhaux", "lbzx", "lbzux", "stwx", "stwux", "sthx", "sthux", "stbx",
+      "stbux"}},
+    {multipleWords, "rd", {"lmw", "stmw"}},
+    {floatMemory, "fd", {"lfs", "lfsu", "lfd", "lfdu", "stfs", "stfsu", "stfd", "stfdu"}},
+    {floatMemory, "frr", {"lfsx", "lfsux", "lfdx", "lfdux", "stfsx", "stfsux", "stfdx", "stfdux", "stfiwx"}},
+    {floatArithmetic, "fff", {"fadd", "fadds", "fsub", "fsubs", "fmul", "fmuls", "fdiv", "fdivs"}},
+    {floatArithmetic, "ffff",
+     {"fmadd", "fmadds", "fmsub", "fmsubs", "fnmadd", "fnmadds", "fnmsub", "fnmsubs"}},
+    {floatArithmetic, "ff", {"fmr", "fneg", "fabs", "fnabs", "frsp", "fctiw", "fctiwz"}},
+    {conditionRegister, "r", {"mfcr"}},
+    {conditionRegister, "mr", {"mtcrf"}},
+    {conditionRegister, "cc", {"mcrf"}},
+    {conditionRegister, "bbb", {"crand", "cror", "crxor", "crnand", "crnor", "creqv", "crandc", "crorc"}},
+    {specialRegister, "rx", {"mfspr"}},
+    {specialRegister, "xr", {"mtspr"}},
+    {branch, "t", {"b", "bl"}},
+    {branch, "obt", {"bc", "bcl"}},
+    {branch, "ob?k", {"bclr", "bclrl", "bcctr", "bcctrl"}},
+    {noEffect, "", {"sync", "isync"}},
+};
+
+struct InstructionMeaning {
+    const char* m_shape;
+    Meaning m_meaning;
+};
+
+const std::unordered_map<std::string, InstructionMeaning>& instructionTable()
 {
-    static const std::unordered_map<std::string, Meaning> table = [] {
-        std::unordered_map<std::string, Meaning> made;
-        for (const auto& entry : shapes()) {
-            const std::string& m = entry.first;
-            std::string base = m.back() == '.' ? m.substr(0, m.size() - 1) : m;
-            Meaning meaning = arithmetic;
-            if (base == "and" || base == "andc" || base == "or" || base == "orc" || base == "xor" || base == "nor" ||
-                base == "nand" || base == "eqv" || base == "ori" || base == "oris" || base == "xori" ||
-                base == "xoris" || base == "andi" || base == "andis" || base == "extsb" || base == "extsh" ||
-                base == "cntlzw")
-                meaning = logic;
-            else if (base == "slw" || base == "srw" || base == "sraw" || base == "srawi")
-                meaning = shift;
-            else if (base == "rlwinm" || base == "rlwimi" || base == "rlwnm")
-                meaning = rotate;
-            else if (base == "cmpi" || base == "cmpli" || base == "cmp" || base == "cmpl")
-                meaning = compare;
-            else if (base == "fcmpu" || base == "fcmpo")
-                meaning = floatCompare;
-            else if (base == "lmw" || base == "stmw")
-                meaning = multipleWords;
-            else if ((base[0] == 'l' || base.compare(0, 2, "st") == 0) && base.find('f') == std::string::npos &&
-                     base != "lmw")
-                meaning = integerMemory;
-            else if (base.compare(0, 2, "lf") == 0 || base.compare(0, 3, "stf") == 0)
-                meaning = floatMemory;
-            else if (base[0] == 'f')
-                meaning = floatArithmetic;
-            else if (base == "mfcr" || base == "mtcrf" || base == "mcrf" || base.compare(0, 2, "cr") == 0)
-                meaning = conditionRegister;
-            else if (base == "mfspr" || base == "mtspr")
-                meaning = specialRegister;
-            else if (base[0] == 'b')
-                meaning = branch;
-            else if (base == "sync" || base == "isync")
-                meaning = noEffect;
-            made.emplace(m, meaning);
-        }
+    static const std::unordered_map<std::string, InstructionMeaning> table = [] {
+        std::unordered_map<std::string, InstructionMeaning> made;
+        for (const Family& family : families)
+            for (const char* mnemonic : family.m_mnemonics)
+                made.emplace(mnemonic, InstructionMeaning{family.m_shape, family.m_meaning});
         return made;
     }();
     return table;
@@ -1014,13 +863,142 @@ const std::unordered_map<std::string, Meaning>& meanings()
 
 } // namespace
 
+bool ExactSemantics::hasExactMeaning(const std::string& a_mnemonic)
+{
+    return instructionTable().count(a_mnemonic) != 0;
+}
+
+namespace {
+
+
+bool inRange(long a_value, long a_low, long a_high)
+{
+    return a_value >= a_low && a_value <= a_high;
+}
+
+// Checks one operand against its letter; "" when it fits, else what it
+// should have been.
+std::string checkOperand(char a_letter, const ListingOperand& a_operand, ExactOperand& a_exact)
+{
+    bool number = a_operand.m_kind == ListingOperand::NUMBER;
+    a_exact.m_value = a_operand.m_value;
+    switch (a_letter) {
+    case 'r':
+        if (a_operand.m_kind == ListingOperand::NAME && isRegisterName(a_operand.m_name, 'r', a_exact.m_value))
+            return "";
+        return "a general register (r0 to r31)";
+    case 'f':
+        if (a_operand.m_kind == ListingOperand::NAME && isRegisterName(a_operand.m_name, 'f', a_exact.m_value))
+            return "";
+        return "a float register (f0 to f31)";
+    case 'c':
+        return number && inRange(a_operand.m_value, 0, 7) ? "" : "a condition field (0 to 7)";
+    case 'b':
+        return number && inRange(a_operand.m_value, 0, 31) ? "" : "a condition bit (0 to 31)";
+    case 'o':
+    case 'k':
+        return number && inRange(a_operand.m_value, 0, 31) ? "" : "a number from 0 to 31";
+    case 'm':
+        return number && inRange(a_operand.m_value, 0, 255) ? "" : "a field mask (0 to 255)";
+    case 's':
+        return number && inRange(a_operand.m_value, -32768, 32767) ? "" : "a signed 16-bit number";
+    case 'u':
+        return number && inRange(a_operand.m_value, 0, 65535) ? "" : "an unsigned 16-bit number";
+    case 'h':
+        return number && inRange(a_operand.m_value, -32768, 65535) ? "" : "a 16-bit number";
+    case 'x':
+        return number ? "" : "a special register number";
+    case 'd':
+        if (a_operand.m_kind == ListingOperand::DISPLACEMENT && inRange(a_operand.m_value, -32768, 32767)) {
+            long base = 0;
+            if (isRegisterName(a_operand.m_name, 'r', base)) {
+                a_exact.m_base = static_cast<int>(base);
+                return "";
+            }
+        }
+        return "a 16-bit displacement from a general register";
+    case 't':
+        if (a_operand.m_kind == ListingOperand::ADDRESS) {
+            a_exact.m_symbol = a_operand.m_name;
+            return "";
+        }
+        return "a branch target (<symbol+offset>)";
+    default:
+        return "an operand of another kind";
+    }
+}
+
+} // namespace
+
+std::string ExactSemantics::prepare(const ListingInstruction& a_line, ExactInstruction& a_instruction)
+{
+    a_instruction = ExactInstruction();
+    a_instruction.m_line = a_line.m_line;
+    a_instruction.m_address = static_cast<std::uint32_t>(a_line.m_address);
+    a_instruction.m_offset = a_line.m_offset;
+    a_instruction.m_mnemonic = topName(a_line.m_opcode);
+    const std::string& mnemonic = a_instruction.m_mnemonic;
+    auto found = instructionTable().find(mnemonic);
+    if (found == instructionTable().end())
+        return "no exact semantics for " + mnemonic;
+    a_instruction.m_operands.emplace_back(); // operand 0: the instruction's place
+    a_instruction.m_operands[0].m_value = a_line.m_offset;
+    std::size_t index = 0;
+    bool optional = false;
+    for (const char* letter = found->second.m_shape; *letter; ++letter) {
+        if (*letter == '?') {
+            optional = true;
+            continue;
+        }
+        if (index >= a_line.m_operands.size()) {
+            if (optional)
+                break;
+            return "operand " + std::to_string(index + 1) + " of " + mnemonic + " is missing";
+        }
+        ExactOperand operand;
+        std::string expected = checkOperand(*letter, a_line.m_operands[index], operand);
+        if (!expected.empty())
+            return "operand " + std::to_string(index + 1) + " of " + mnemonic + " is not " + expected;
+        if (*letter == 't')
+            a_instruction.m_target_operand = static_cast<int>(index + 1);
+        a_instruction.m_operands.push_back(operand);
+        ++index;
+    }
+    if (index < a_line.m_operands.size())
+        return mnemonic + " takes " + std::to_string(index) + " operands, not " +
+               std::to_string(a_line.m_operands.size());
+
+    const std::vector<ExactOperand>& operands = a_instruction.m_operands;
+    if (mnemonic == "mfspr" || mnemonic == "mtspr") {
+        long spr = mnemonic == "mfspr" ? operands[2].m_value : operands[1].m_value;
+        if (spr != SPR_LR && spr != SPR_CTR)
+            return "no exact semantics for " + mnemonic + " of special register " + std::to_string(spr);
+    }
+    // Forms the architecture leaves invalid have no meaning to be exact
+    // about: an update with base r0, a load updating its own destination,
+    // a load-multiple overwriting its base.
+    bool update = mnemonic.size() > 2 && (mnemonic.find("u", 2) != std::string::npos) &&
+                  (mnemonic[0] == 'l' || mnemonic.compare(0, 2, "st") == 0) && mnemonic != "lmw" &&
+                  mnemonic != "stmw";
+    if (update) {
+        bool indexed = mnemonic.back() == 'x';
+        long base = indexed ? operands[2].m_value : operands[2].m_base;
+        bool load = mnemonic[0] == 'l' && mnemonic[1] != 'f';
+        if (base == 0 || (load && base == operands[1].m_value))
+            return "invalid form of " + mnemonic + " (its base register is r0 or its destination)";
+    }
+    if (mnemonic == "lmw" && operands[2].m_base >= operands[1].m_value)
+        return "invalid form of lmw (its base register is among the registers it loads)";
+    return "";
+}
+
 ControlOutcome ExactSemantics::execute(const ExactInstruction& a_instruction, MachineState& a_state)
 {
     ControlOutcome outcome;
     outcome.m_condition = m_context.terms().trueTerm();
-    auto found = meanings().find(a_instruction.m_mnemonic);
-    VELCOR_ASSERT(found != meanings().end());
+    auto found = instructionTable().find(a_instruction.m_mnemonic);
+    VELCOR_ASSERT(found != instructionTable().end());
     Step step(m_context, *this, a_instruction, a_state);
-    found->second(step, outcome);
+    found->second.m_meaning(step, outcome);
     return outcome;
 }

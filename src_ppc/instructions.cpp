@@ -252,42 +252,9 @@ void Machine::translate_opcode(Transition* a_transition, TN** a_operands, TOP a_
 
 bool Machine::translates(TOP a_operation)
 {
-    switch (a_operation) {
-    case addi:
-    case addis:
-    case fadds:
-    case add:
-    case subf:
-    case fsubs:
-    case mulli:
-    case mullw:
-    case fmuls:
-    case divw:
-    case andc:
-    case neg:
-    case cntlzw:
-    case orx:
-    case rlwinm:
-    case rlwinm_:
-    case stw:
-    case stwu:
-    case stfs:
-    case lwz:
-    case lwzu:
-    case lfs:
-    case cmpi:
-    case fcmpu:
-    case cmpli:
-    case op_cmp:
-    case op_cmpl:
-    case mfcr:
-    case bc:
-    case b:
-    case bclr:
-        return true;
-    default:
-        return false;
-    }
+    // Every opcode the translation gives a meaning reads operands besides
+    // its address, but the return.
+    return operandsNeeded(a_operation) > 1 || a_operation == bclr;
 }
 
 void Machine::translateAddImmediate(Step& a_step)
