@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <functional>
 #include <map>
 #include <unordered_map>
 #include <utility>
@@ -363,41 +364,83 @@ int ExactTranslator::pathChild(int a_parent, Term a_literal)
     return static_cast<int>(m_paths.size()) - 1;
 }
 
-// Joins the paths that meet: two paths that differ only in the outcome of
-// their last branch are that branch's path again, their values chosen by
-// the branch's proposition; what is left is chosen by path condition.
+// Joins the paths that meet. The paths form a tree: each extends its
+// parent by one branch's outcome. Where both outcomes of a branch arrive,
+// their values are chosen by the branch's proposition, and where they
+// arrive whole, so is their parent; paths of different trees (joined
+// earlier without a common branch) are chosen by their path conditions.
 void ExactTranslator::merge(std::vector<Incoming>& a_incoming, int& a_path, MachineState& a_state)
 {
-    for (bool joined = true; joined && a_incoming.size() > 1;) {
-        joined = false;
-        for (std::size_t i = 0; i < a_incoming.size() && !joined; ++i)
-            for (std::size_t j = i + 1; j < a_incoming.size() && !joined; ++j) {
-                const PathNode& left = m_paths[a_incoming[i].m_path];
-                const PathNode& right = m_paths[a_incoming[j].m_path];
-                if (left.m_parent < 0 || left.m_parent != right.m_parent ||
-                    left.m_literal != m_terms->notOf(right.m_literal))
-                    continue;
-                a_incoming[i].m_state = MachineState::choose(*m_terms, m_context->floats(), left.m_literal,
-                                                             a_incoming[i].m_state, a_incoming[j].m_state);
-                a_incoming[i].m_path = left.m_parent;
-                a_incoming.erase(a_incoming.begin() + static_cast<long>(j));
-                joined = true;
-            }
+    // Each path from its root down.
+    std::vector<std::vector<int>> chains(a_incoming.size());
+    for (std::size_t i = 0; i < a_incoming.size(); ++i) {
+        for (int node = a_incoming[i].m_path; node >= 0; node = m_paths[node].m_parent)
+            chains[i].push_back(node);
+        std::reverse(chains[i].begin(), chains[i].end());
     }
-    if (a_incoming.size() == 1) {
-        a_path = a_incoming[0].m_path;
-        a_state = std::move(a_incoming[0].m_state);
+    // The entries below one path node (at chain position a_depth), merged.
+    std::function<int(std::vector<std::size_t>&, std::size_t, MachineState&)> below =
+        [&](std::vector<std::size_t>& a_entries, std::size_t a_depth, MachineState& a_merged) -> int {
+        if (a_entries.size() == 1) {
+            a_merged = std::move(a_incoming[a_entries[0]].m_state);
+            return a_incoming[a_entries[0]].m_path;
+        }
+        // Disjoint paths: none of several stops here; they part by the
+        // next branch's outcome.
+        for (std::size_t entry : a_entries)
+            VELCOR_ASSERT(chains[entry].size() > a_depth + 1);
+        int node = chains[a_entries[0]][a_depth];
+        std::vector<std::size_t> taken;
+        std::vector<std::size_t> other;
+        Term literal = m_paths[chains[a_entries[0]][a_depth + 1]].m_literal;
+        for (std::size_t entry : a_entries)
+            (m_paths[chains[entry][a_depth + 1]].m_literal == literal ? taken : other).push_back(entry);
+        MachineState taken_state;
+        int taken_path = below(taken, a_depth + 1, taken_state);
+        if (other.empty()) {
+            a_merged = std::move(taken_state);
+            return taken_path;
+        }
+        MachineState other_state;
+        int other_path = below(other, a_depth + 1, other_state);
+        a_merged = MachineState::choose(*m_terms, m_context->floats(), literal, taken_state, other_state);
+        bool whole = m_paths[taken_path].m_parent == node && m_paths[other_path].m_parent == node;
+        if (whole)
+            return node;
+        m_paths.push_back(PathNode{m_terms->orOf(m_paths[taken_path].m_term, m_paths[other_path].m_term), -1, Term{}});
+        return static_cast<int>(m_paths.size()) - 1;
+    };
+
+    // One tree at a time, then the trees by their conditions.
+    std::vector<std::pair<int, MachineState>> trees;
+    std::vector<bool> done(a_incoming.size(), false);
+    for (std::size_t i = 0; i < a_incoming.size(); ++i) {
+        if (done[i])
+            continue;
+        std::vector<std::size_t> entries;
+        for (std::size_t j = i; j < a_incoming.size(); ++j)
+            if (!done[j] && chains[j][0] == chains[i][0]) {
+                entries.push_back(j);
+                done[j] = true;
+            }
+        MachineState merged;
+        int path = below(entries, 0, merged);
+        trees.emplace_back(path, std::move(merged));
+    }
+    if (trees.size() == 1) {
+        a_path = trees[0].first;
+        a_state = std::move(trees[0].second);
         return;
     }
     Term condition = m_terms->falseTerm();
-    for (const Incoming& incoming : a_incoming)
-        condition = m_terms->orOf(condition, m_paths[incoming.m_path].m_term);
+    for (const auto& tree : trees)
+        condition = m_terms->orOf(condition, m_paths[tree.first].m_term);
     m_paths.push_back(PathNode{condition, -1, Term{}});
     a_path = static_cast<int>(m_paths.size()) - 1;
-    a_state = a_incoming.back().m_state;
-    for (std::size_t k = a_incoming.size() - 1; k-- > 0;)
-        a_state = MachineState::choose(*m_terms, m_context->floats(), m_paths[a_incoming[k].m_path].m_term,
-                                       a_incoming[k].m_state, a_state);
+    a_state = trees.back().second;
+    for (std::size_t k = trees.size() - 1; k-- > 0;)
+        a_state = MachineState::choose(*m_terms, m_context->floats(), m_paths[trees[k].first].m_term,
+                                       trees[k].second, a_state);
 }
 
 Term ExactTranslator::proposition(ExactResult& a_result, Term a_condition)
