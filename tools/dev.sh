@@ -25,13 +25,21 @@ install_missing() {
     [ -f /usr/include/gtest/gtest.h ] || missing="$missing libgtest-dev"
     [ -f /usr/include/elfutils/libdw.h ] || missing="$missing libdw-dev"
     # The cross compiler and its binutils, for the compiled example and the
-    # tests that compile step functions and compare with objdump. Without
-    # them (and without root to install them) those are left out, visibly.
-    cross=""
-    command -v powerpc-linux-gnu-gcc >/dev/null 2>&1 || cross="$cross gcc-powerpc-linux-gnu"
-    command -v powerpc-linux-gnu-objdump >/dev/null 2>&1 || cross="$cross binutils-powerpc-linux-gnu"
-    if [ -n "$cross" ]; then
-        if [ "$(id -u)" = 0 ]; then missing="$missing$cross"; else echo "not root: left uninstalled:$cross" >&2; fi
+    # tests that compile step functions and compare with objdump; for the
+    # check, also what the instruction checks need (python3 runs them, z3
+    # and cvc5 decide them, qemu-ppc runs their code). Without them (and
+    # without root to install them) those are left out, visibly.
+    optional=""
+    command -v powerpc-linux-gnu-gcc >/dev/null 2>&1 || optional="$optional gcc-powerpc-linux-gnu"
+    command -v powerpc-linux-gnu-objdump >/dev/null 2>&1 || optional="$optional binutils-powerpc-linux-gnu"
+    if [ "${1:-}" = check ]; then
+        command -v python3 >/dev/null 2>&1 || optional="$optional python3"
+        command -v z3 >/dev/null 2>&1 || optional="$optional z3"
+        command -v cvc5 >/dev/null 2>&1 || optional="$optional cvc5"
+        command -v qemu-ppc >/dev/null 2>&1 || optional="$optional qemu-user"
+    fi
+    if [ -n "$optional" ]; then
+        if [ "$(id -u)" = 0 ]; then missing="$missing$optional"; else echo "not root: left uninstalled:$optional" >&2; fi
     fi
     if [ "${1:-}" = check ]; then
         command -v groff >/dev/null 2>&1 || missing="$missing groff-base"
