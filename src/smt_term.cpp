@@ -29,13 +29,19 @@ std::uint64_t mix(std::uint64_t a_hash, std::uint64_t a_value)
     return a_hash;
 }
 
+// The treap's heap order: a hash of the key, the same for every copy of a
+// node.
+std::uint32_t mapPriority(std::uint32_t a_key)
+{
+    return static_cast<std::uint32_t>(mix(a_key, 0x5bd1e995u));
+}
+
 } // namespace
 
 TermTable::TermTable()
 {
-    m_map_nodes.push_back(MapNode{0, 0, Term{}, 0, 0});
-    m_nodes.reserve(1024);
-    m_nodes.emplace_back(); // index 0: no term
+    m_map_nodes.push_back(MapNode{0, Term{}, 0, 0});
+    m_nodes.push_back(Node()); // index 0: no term
     m_slots.assign(INITIAL_SLOTS, 0);
 }
 
@@ -75,9 +81,23 @@ bool TermTable::sameNode(const Node& a_left, const Node& a_right) const
     return true;
 }
 
+void TermTable::reserve(std::size_t a_terms)
+{
+    std::size_t wanted = m_slots.size();
+    while (wanted < 2 * a_terms && wanted < (std::size_t(1) << 31))
+        wanted *= 2;
+    if (wanted > m_slots.size())
+        rehash(wanted);
+}
+
 void TermTable::grow()
 {
-    std::vector<std::uint32_t> slots(m_slots.size() * 2, 0);
+    rehash(m_slots.size() * 2);
+}
+
+void TermTable::rehash(std::size_t a_slots)
+{
+    std::vector<std::uint32_t> slots(a_slots, 0);
     std::size_t mask = slots.size() - 1;
     for (std::uint32_t id : m_slots) {
         if (!id)
@@ -692,11 +712,8 @@ bool TermTable::differentAddresses(Term a_left, Term a_right) const
 
 std::uint32_t TermTable::mapInsert(std::uint32_t a_root, std::uint32_t a_key, Term a_store)
 {
-    if (a_root == 0) {
-        std::uint32_t priority = static_cast<std::uint32_t>(mix(a_key, 0x5bd1e995u));
-        m_map_nodes.push_back(MapNode{a_key, priority, a_store, 0, 0});
-        return static_cast<std::uint32_t>(m_map_nodes.size() - 1);
-    }
+    if (a_root == 0)
+        return static_cast<std::uint32_t>(m_map_nodes.push_back(MapNode{a_key, a_store, 0, 0}));
     MapNode copy = m_map_nodes[a_root];
     if (a_key == copy.m_key) {
         copy.m_store = a_store;
@@ -707,7 +724,7 @@ std::uint32_t TermTable::mapInsert(std::uint32_t a_root, std::uint32_t a_key, Te
     std::uint32_t child = mapInsert(left ? copy.m_left : copy.m_right, a_key, a_store);
     (left ? copy.m_left : copy.m_right) = child;
     // Keep the heap order of priorities by rotating the new child up.
-    if (m_map_nodes[child].m_priority > copy.m_priority) {
+    if (mapPriority(m_map_nodes[child].m_key) > mapPriority(copy.m_key)) {
         MapNode raised = m_map_nodes[child];
         if (left) {
             copy.m_left = raised.m_right;

@@ -15,6 +15,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "misc/chunked_vector.h"
+
 namespace smt {
 
 // A handle: the index of a node in its table. The default handle is no term.
@@ -141,6 +143,9 @@ public:
     unsigned width(Term a_term) const { return node(a_term).m_sort.width(); }
     Term child(Term a_term, int a_index) const { return node(a_term).m_child[a_index]; }
     std::size_t size() const { return m_nodes.size() - 1; }
+    // Makes room for about a_terms terms at once, rather than growing the
+    // lookup table step by step (each step hashes every term again).
+    void reserve(std::size_t a_terms);
 
     // Leaves.
     // A declared constant; the same name always gives the same term (its
@@ -245,6 +250,7 @@ private:
     std::size_t hashOf(const Node& a_node) const;
     bool sameNode(const Node& a_left, const Node& a_right) const;
     void grow();
+    void rehash(std::size_t a_slots);
     void checkSort(bool a_condition, const char* a_what) const;
     Term commutative(Op a_op, Sort a_sort, Term a_left, Term a_right);
     Term foldBinary(Op a_op, Term a_left, Term a_right);
@@ -262,9 +268,9 @@ private:
         Term m_below;            // the memory under the stretch
         std::uint32_t m_map = 0; // offset -> store, a treap root
     };
+    // A node's priority is a hash of its key, computed when needed.
     struct MapNode {
         std::uint32_t m_key;
-        std::uint32_t m_priority;
         Term m_store;
         std::uint32_t m_left;
         std::uint32_t m_right;
@@ -273,9 +279,9 @@ private:
     Term mapFind(std::uint32_t a_root, std::uint32_t a_key) const;
     void indexStore(Term a_store);
 
-    std::vector<Node> m_nodes;
+    misc::ChunkedVector<Node> m_nodes;
     std::vector<std::uint32_t> m_slots; // open addressing: node indexes, 0 empty
-    std::vector<MapNode> m_map_nodes; // index 0: the empty map
+    misc::ChunkedVector<MapNode> m_map_nodes; // index 0: the empty map
     std::unordered_map<std::uint32_t, StoreIndex> m_store_index; // store term -> its index
     std::vector<std::string> m_names;
     std::unordered_map<std::string, Term> m_symbols;

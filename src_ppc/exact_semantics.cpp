@@ -849,13 +849,22 @@ struct InstructionMeaning {
     Meaning m_meaning;
 };
 
-const std::unordered_map<std::string, InstructionMeaning>& instructionTable()
+// Every mnemonic with an exact meaning, and its meaning; a prepared
+// instruction keeps the index of its own.
+struct InstructionTable {
+    std::vector<InstructionMeaning> m_meanings;
+    std::unordered_map<std::string, int> m_index;
+};
+
+const InstructionTable& instructionTable()
 {
-    static const std::unordered_map<std::string, InstructionMeaning> table = [] {
-        std::unordered_map<std::string, InstructionMeaning> made;
+    static const InstructionTable table = [] {
+        InstructionTable made;
         for (const Family& family : families)
-            for (const char* mnemonic : family.m_mnemonics)
-                made.emplace(mnemonic, InstructionMeaning{family.m_shape, family.m_meaning});
+            for (const char* mnemonic : family.m_mnemonics) {
+                made.m_index.emplace(mnemonic, static_cast<int>(made.m_meanings.size()));
+                made.m_meanings.push_back(InstructionMeaning{family.m_shape, family.m_meaning});
+            }
         return made;
     }();
     return table;
@@ -865,7 +874,7 @@ const std::unordered_map<std::string, InstructionMeaning>& instructionTable()
 
 bool ExactSemantics::hasExactMeaning(const std::string& a_mnemonic)
 {
-    return instructionTable().count(a_mnemonic) != 0;
+    return instructionTable().m_index.count(a_mnemonic) != 0;
 }
 
 namespace {
@@ -938,14 +947,18 @@ std::string ExactSemantics::prepare(const ListingInstruction& a_line, ExactInstr
     a_instruction.m_offset = a_line.m_offset;
     a_instruction.m_mnemonic = topName(a_line.m_opcode);
     const std::string& mnemonic = a_instruction.m_mnemonic;
-    auto found = instructionTable().find(mnemonic);
-    if (found == instructionTable().end())
+    const InstructionTable& table = instructionTable();
+    auto found = table.m_index.find(mnemonic);
+    if (found == table.m_index.end())
         return "no exact semantics for " + mnemonic;
+    a_instruction.m_meaning = found->second;
+    const InstructionMeaning& meaning = table.m_meanings[found->second];
+    a_instruction.m_operands.reserve(a_line.m_operands.size() + 1);
     a_instruction.m_operands.emplace_back(); // operand 0: the instruction's place
     a_instruction.m_operands[0].m_value = a_line.m_offset;
     std::size_t index = 0;
     bool optional = false;
-    for (const char* letter = found->second.m_shape; *letter; ++letter) {
+    for (const char* letter = meaning.m_shape; *letter; ++letter) {
         if (*letter == '?') {
             optional = true;
             continue;
@@ -996,9 +1009,8 @@ ControlOutcome ExactSemantics::execute(const ExactInstruction& a_instruction, Ma
 {
     ControlOutcome outcome;
     outcome.m_condition = m_context.terms().trueTerm();
-    auto found = instructionTable().find(a_instruction.m_mnemonic);
-    VELCOR_ASSERT(found != instructionTable().end());
+    VELCOR_ASSERT(a_instruction.m_meaning >= 0);
     Step step(m_context, *this, a_instruction, a_state);
-    found->second.m_meaning(step, outcome);
+    instructionTable().m_meanings[a_instruction.m_meaning].m_meaning(step, outcome);
     return outcome;
 }

@@ -34,6 +34,8 @@ struct ExactInstruction {
     std::vector<ExactOperand> m_operands;
     // Index of the target operand, or 0 when there is none.
     int m_target_operand = 0;
+    // Where its meaning is in the table of exact instructions (-1: none).
+    int m_meaning = -1;
 };
 
 // Where an instruction sends control, and on what condition (otherwise

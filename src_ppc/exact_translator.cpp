@@ -687,6 +687,8 @@ ExactResult ExactTranslator::translate(const std::vector<ListingInstruction>& a_
         buildFlow();
         findLoops();
         unroll();
+        // About six terms for each instruction the walk executes.
+        m_terms->reserve(6 * m_instances.size());
         ExactResult result;
         for (const ExactInstruction& instruction : m_instructions) {
             const std::string& m = instruction.m_mnemonic;
