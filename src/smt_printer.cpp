@@ -10,40 +10,65 @@ Printer::Printer(const TermTable& a_terms, std::ostream& a_out) : m_terms(a_term
 
 void Printer::writeSort(std::ostream& a_out, Sort a_sort)
 {
+    std::string text;
+    appendSort(text, a_sort);
+    a_out << text;
+}
+
+void Printer::appendSort(std::string& a_text, Sort a_sort)
+{
     switch (a_sort.m_tag) {
     case SortTag::Bool:
-        a_out << "Bool";
+        a_text += "Bool";
         break;
     case SortTag::BitVec:
-        a_out << "(_ BitVec " << a_sort.width() << ')';
+        a_text += "(_ BitVec ";
+        a_text += std::to_string(a_sort.width());
+        a_text += ')';
         break;
     case SortTag::Float:
-        a_out << "(_ FloatingPoint " << unsigned(a_sort.m_exponent) << ' ' << a_sort.width() << ')';
+        a_text += "(_ FloatingPoint ";
+        a_text += std::to_string(unsigned(a_sort.m_exponent));
+        a_text += ' ';
+        a_text += std::to_string(a_sort.width());
+        a_text += ')';
         break;
     case SortTag::Memory:
-        a_out << "(Array (_ BitVec 32) (_ BitVec 8))";
+        a_text += "(Array (_ BitVec 32) (_ BitVec 8))";
         break;
     case SortTag::RoundingMode:
-        a_out << "RoundingMode";
+        a_text += "RoundingMode";
         break;
     }
 }
 
 void Printer::writeBitVec(std::ostream& a_out, unsigned a_width, std::uint64_t a_value)
 {
+    std::string text;
+    appendBitVec(text, a_width, a_value);
+    a_out << text;
+}
+
+void Printer::appendBitVec(std::string& a_text, unsigned a_width, std::uint64_t a_value)
+{
     static const char digits[] = "0123456789abcdef";
-    char text[72];
-    int length = 0;
     if (a_width % 4 == 0) {
+        a_text += "#x";
         for (int shift = int(a_width) - 4; shift >= 0; shift -= 4)
-            text[length++] = digits[(a_value >> shift) & 0xf];
-        a_out << "#x";
+            a_text += digits[(a_value >> shift) & 0xf];
     } else {
+        a_text += "#b";
         for (int bit = int(a_width) - 1; bit >= 0; --bit)
-            text[length++] = ((a_value >> bit) & 1) ? '1' : '0';
-        a_out << "#b";
+            a_text += ((a_value >> bit) & 1) ? '1' : '0';
     }
-    a_out.write(text, length);
+}
+
+void Printer::flush(std::size_t a_keep)
+{
+    if (m_text.size() > a_keep) {
+        m_out.write(m_text.data(), static_cast<std::streamsize>(m_text.size()));
+        m_text.clear();
+    }
 }
 
 bool Printer::isLeaf(Term a_term) const
@@ -115,23 +140,28 @@ void Printer::writeDefinitions()
         height[term.m_id] = tallest + 1;
         if (m_uses[term.m_id] > 1 || height[term.m_id] > MAX_INLINE_HEIGHT) {
             m_names[term.m_id] = ++m_next_name;
-            m_out << "(define-fun e" << m_next_name << " () ";
-            writeSort(m_out, node.m_sort);
-            m_out << ' ';
+            m_text += "(define-fun e";
+            m_text += std::to_string(m_next_name);
+            m_text += " () ";
+            appendSort(m_text, node.m_sort);
+            m_text += ' ';
             // The definition's own body is written out, not its name.
             std::uint32_t name = m_names[term.m_id];
             m_names[term.m_id] = 0;
             writeInline(term);
             m_names[term.m_id] = name;
-            m_out << ")\n";
+            m_text += ")\n";
+            flush(FLUSH_SIZE);
         }
     }
+    flush(0);
 }
 
 void Printer::write(Term a_term)
 {
     VELCOR_ASSERT(m_defined);
     writeInline(a_term);
+    flush(0);
 }
 
 namespace {
@@ -202,65 +232,79 @@ const char* operatorName(Op a_op)
 
 void Printer::writeOperator(const Node& a_node)
 {
+    const char* name = nullptr;
+    std::uint32_t parameter = a_node.m_param[0];
     switch (a_node.m_op) {
     case Op::Extract:
-        m_out << "(_ extract " << a_node.m_param[0] << ' ' << a_node.m_param[1] << ')';
-        return;
-    case Op::ZeroExtend:
-        m_out << "(_ zero_extend " << a_node.m_param[0] << ')';
-        return;
-    case Op::SignExtend:
-        m_out << "(_ sign_extend " << a_node.m_param[0] << ')';
-        return;
-    case Op::RotateLeft:
-        m_out << "(_ rotate_left " << a_node.m_param[0] << ')';
+        m_text += "(_ extract ";
+        m_text += std::to_string(a_node.m_param[0]);
+        m_text += ' ';
+        m_text += std::to_string(a_node.m_param[1]);
+        m_text += ')';
         return;
     case Op::FpFromBits:
     case Op::FpConvert:
     case Op::FpFromSigned:
-        m_out << "(_ to_fp " << unsigned(a_node.m_sort.m_exponent) << ' ' << a_node.m_sort.width() << ')';
+        m_text += "(_ to_fp ";
+        m_text += std::to_string(unsigned(a_node.m_sort.m_exponent));
+        m_text += ' ';
+        m_text += std::to_string(a_node.m_sort.width());
+        m_text += ')';
         return;
+    case Op::ZeroExtend:
+        name = "(_ zero_extend ";
+        break;
+    case Op::SignExtend:
+        name = "(_ sign_extend ";
+        break;
+    case Op::RotateLeft:
+        name = "(_ rotate_left ";
+        break;
     case Op::FpToSigned:
-        m_out << "(_ fp.to_sbv " << a_node.m_param[0] << ')';
-        return;
-    default: {
-        const char* name = operatorName(a_node.m_op);
+        name = "(_ fp.to_sbv ";
+        break;
+    default:
+        name = operatorName(a_node.m_op);
         VELCOR_ASSERT(name);
-        m_out << name;
+        m_text += name;
+        return;
     }
-    }
+    m_text += name;
+    m_text += std::to_string(parameter);
+    m_text += ')';
 }
 
 void Printer::writeInline(Term a_term)
 {
     if (std::uint32_t name = m_names[a_term.m_id]) {
-        m_out << 'e' << name;
+        m_text += 'e';
+        m_text += std::to_string(name);
         return;
     }
     const Node& node = m_terms.node(a_term);
     switch (node.m_op) {
     case Op::Symbol:
-        m_out << m_terms.symbolName(a_term);
+        m_text += m_terms.symbolName(a_term);
         return;
     case Op::BoolConst:
-        m_out << (node.m_value ? "true" : "false");
+        m_text += node.m_value ? "true" : "false";
         return;
     case Op::BvConst:
-        writeBitVec(m_out, node.m_sort.width(), node.m_value);
+        appendBitVec(m_text, node.m_sort.width(), node.m_value);
         return;
     case Op::RoundingMode:
-        m_out << roundingModeName(node.m_value);
+        m_text += roundingModeName(node.m_value);
         return;
     default:
         break;
     }
-    m_out << '(';
+    m_text += '(';
     writeOperator(node);
     for (int i = 0; i < node.m_arity; ++i) {
-        m_out << ' ';
+        m_text += ' ';
         writeInline(node.m_child[i]);
     }
-    m_out << ')';
+    m_text += ')';
 }
 
 } // namespace smt

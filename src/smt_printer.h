@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <ostream>
+#include <string>
 #include <vector>
 
 #include "smt_term.h"
@@ -33,14 +34,20 @@ public:
     // A bit-vector constant: #x... when the width is a multiple of four,
     // #b... otherwise.
     static void writeBitVec(std::ostream& a_out, unsigned a_width, std::uint64_t a_value);
+    static void appendSort(std::string& a_text, Sort a_sort);
+    static void appendBitVec(std::string& a_text, unsigned a_width, std::uint64_t a_value);
 
 private:
     bool isLeaf(Term a_term) const;
     void writeInline(Term a_term);
     void writeOperator(const Node& a_node);
+    // Text is gathered and written in blocks of about this size.
+    static constexpr std::size_t FLUSH_SIZE = 1 << 16;
+    void flush(std::size_t a_keep);
 
     const TermTable& m_terms;
     std::ostream& m_out;
+    std::string m_text; // written, not yet flushed to m_out
     std::vector<std::uint32_t> m_uses;
     std::vector<std::uint32_t> m_names; // 0: written inline
     std::vector<Term> m_roots;

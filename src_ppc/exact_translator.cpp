@@ -285,21 +285,33 @@ void ExactTranslator::unroll()
     if (m_instructions.empty())
         return;
     using Key = std::pair<int, std::vector<std::pair<int, int>>>;
+    // Instances outside every loop, by instruction: most code is there.
+    std::vector<int> outside_loops(m_instructions.size(), -1);
     std::map<Key, int> instance_of;
     std::deque<int> work;
+    m_instances.reserve(m_instructions.size());
     auto instanceFor = [&](int a_instruction, std::vector<std::pair<int, int>> a_context) {
-        Key key(a_instruction, a_context);
-        auto found = instance_of.find(key);
-        if (found != instance_of.end())
-            return found->second;
+        int* known = nullptr;
+        if (a_context.empty()) {
+            known = &outside_loops[a_instruction];
+        } else {
+            auto found = instance_of.find(Key(a_instruction, a_context));
+            if (found != instance_of.end())
+                return found->second;
+        }
+        if (known && *known >= 0)
+            return *known;
         if (m_instances.size() >= MAX_INSTANCES)
             stopCapacity("more than " + std::to_string(MAX_INSTANCES) +
                          " instructions once loops are unrolled (a smaller -unroll bound helps)");
         int id = static_cast<int>(m_instances.size());
         m_instances.emplace_back();
         m_instances.back().m_instruction = a_instruction;
+        if (known)
+            *known = id;
+        else
+            instance_of.emplace(Key(a_instruction, a_context), id);
         m_instances.back().m_context = std::move(a_context);
-        instance_of.emplace(std::move(key), id);
         work.push_back(id);
         return id;
     };
@@ -371,6 +383,12 @@ int ExactTranslator::pathChild(int a_parent, Term a_literal)
 // earlier without a common branch) are chosen by their path conditions.
 void ExactTranslator::merge(std::vector<Incoming>& a_incoming, int& a_path, MachineState& a_state)
 {
+    // Straight-line code: one way in, nothing to join.
+    if (a_incoming.size() == 1) {
+        a_path = a_incoming[0].m_path;
+        a_state = std::move(a_incoming[0].m_state);
+        return;
+    }
     // Each path from its root down.
     std::vector<std::vector<int>> chains(a_incoming.size());
     for (std::size_t i = 0; i < a_incoming.size(); ++i) {
