@@ -42,7 +42,7 @@ TermTable::TermTable()
 {
     m_map_nodes.push_back(MapNode{0, Term{}, 0, 0});
     m_nodes.push_back(Node()); // index 0: no term
-    m_slots.assign(INITIAL_SLOTS, 0);
+    m_slots.assign(INITIAL_SLOTS, Slot{0, 0});
 }
 
 void TermTable::checkSort(bool a_condition, const char* a_what) const
@@ -88,6 +88,7 @@ void TermTable::reserve(std::size_t a_terms)
         wanted *= 2;
     if (wanted > m_slots.size())
         rehash(wanted);
+    m_store_index.reserve(a_terms / 4);
 }
 
 void TermTable::grow()
@@ -97,15 +98,16 @@ void TermTable::grow()
 
 void TermTable::rehash(std::size_t a_slots)
 {
-    std::vector<std::uint32_t> slots(a_slots, 0);
+    std::vector<Slot> slots(a_slots, Slot{0, 0});
     std::size_t mask = slots.size() - 1;
-    for (std::uint32_t id : m_slots) {
-        if (!id)
+    for (const Slot& slot : m_slots) {
+        if (!slot.m_id)
             continue;
-        std::size_t at = hashOf(m_nodes[id]) & mask;
-        while (slots[at])
+        std::size_t hash = hashOf(m_nodes[slot.m_id]);
+        std::size_t at = hash & mask;
+        while (slots[at].m_id)
             at = (at + 1) & mask;
-        slots[at] = id;
+        slots[at] = slot;
     }
     m_slots.swap(slots);
 }
@@ -113,9 +115,13 @@ void TermTable::rehash(std::size_t a_slots)
 Term TermTable::intern(const Node& a_node)
 {
     std::size_t mask = m_slots.size() - 1;
-    std::size_t at = hashOf(a_node) & mask;
-    while (std::uint32_t id = m_slots[at]) {
-        if (sameNode(m_nodes[id], a_node))
+    std::size_t hash = hashOf(a_node);
+    std::uint32_t check = static_cast<std::uint32_t>(hash >> 32);
+    std::size_t at = hash & mask;
+    // The hash's high half in the slot spares a look at most nodes that
+    // are not the one sought.
+    while (std::uint32_t id = m_slots[at].m_id) {
+        if (m_slots[at].m_check == check && sameNode(m_nodes[id], a_node))
             return Term{id};
         at = (at + 1) & mask;
     }
@@ -123,7 +129,7 @@ Term TermTable::intern(const Node& a_node)
         stopCapacity("more than 4294967280 terms");
     std::uint32_t id = static_cast<std::uint32_t>(m_nodes.size());
     m_nodes.push_back(a_node);
-    m_slots[at] = id;
+    m_slots[at] = Slot{id, check};
     if (2 * m_nodes.size() > m_slots.size())
         grow();
     return Term{id};

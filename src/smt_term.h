@@ -280,7 +280,11 @@ private:
     void indexStore(Term a_store);
 
     misc::ChunkedVector<Node> m_nodes;
-    std::vector<std::uint32_t> m_slots; // open addressing: node indexes, 0 empty
+    struct Slot {
+        std::uint32_t m_id;    // node index, 0 empty
+        std::uint32_t m_check; // the high half of the node's hash
+    };
+    std::vector<Slot> m_slots; // open addressing
     misc::ChunkedVector<MapNode> m_map_nodes; // index 0: the empty map
     std::unordered_map<std::uint32_t, StoreIndex> m_store_index; // store term -> its index
     std::vector<std::string> m_names;
