@@ -787,23 +787,32 @@ std::uint32_t TermTable::storeDepth(Term a_memory) const
     return found == m_store_index.end() ? 0 : found->second.m_depth;
 }
 
+Term TermTable::storedByte(Term a_memory, Term a_base, std::uint64_t a_offset, Term& a_read_from) const
+{
+    a_read_from = a_memory;
+    if (op(a_memory) != Op::Store)
+        return Term{};
+    const StoreIndex& index = m_store_index.at(a_memory.m_id);
+    if (index.m_base != a_base)
+        return Term{};
+    Term found = mapFind(index.m_map, static_cast<std::uint32_t>(a_offset));
+    if (!found.isNull())
+        return child(found, 2);
+    a_read_from = index.m_below;
+    return Term{};
+}
+
 Term TermTable::select(Term a_memory, Term a_address)
 {
     checkSort(sort(a_memory).m_tag == SortTag::Memory && sort(a_address) == Sort::bitVec(32), "select sorts");
     Term base;
     std::uint64_t offset = 0;
     splitOffset(a_address, base, offset);
-    Term memory = a_memory;
-    if (op(memory) == Op::Store) {
-        const StoreIndex& index = m_store_index.at(memory.m_id);
-        if (index.m_base == base) {
-            Term found = mapFind(index.m_map, static_cast<std::uint32_t>(offset));
-            if (!found.isNull())
-                return child(found, 2);
-            memory = index.m_below;
-        }
-    }
-    return make(Op::Select, Sort::bitVec(8), {memory, a_address});
+    Term read_from;
+    Term found = storedByte(a_memory, base, offset, read_from);
+    if (!found.isNull())
+        return found;
+    return make(Op::Select, Sort::bitVec(8), {read_from, a_address});
 }
 
 Term TermTable::store(Term a_memory, Term a_address, Term a_byte)
@@ -811,9 +820,19 @@ Term TermTable::store(Term a_memory, Term a_address, Term a_byte)
     checkSort(sort(a_memory).m_tag == SortTag::Memory && sort(a_address) == Sort::bitVec(32) &&
                   sort(a_byte) == Sort::bitVec(8),
               "store sorts");
-    // Writing back what is there changes nothing.
-    if ((op(a_byte) == Op::Select || op(a_byte) == Op::BvConst) && select(a_memory, a_address) == a_byte)
-        return a_memory;
+    // Writing back what is there changes nothing: the byte stored there, or
+    // the very select that reads it.
+    if (op(a_byte) == Op::Select || op(a_byte) == Op::BvConst) {
+        Term base;
+        std::uint64_t offset = 0;
+        splitOffset(a_address, base, offset);
+        Term read_from;
+        Term found = storedByte(a_memory, base, offset, read_from);
+        if (found.isNull() ? op(a_byte) == Op::Select && child(a_byte, 0) == read_from &&
+                                 child(a_byte, 1) == a_address
+                           : found == a_byte)
+            return a_memory;
+    }
     // A second write to the same address hides the first.
     if (op(a_memory) == Op::Store && child(a_memory, 1) == a_address)
         return store(child(a_memory, 0), a_address, a_byte);
@@ -822,8 +841,33 @@ Term TermTable::store(Term a_memory, Term a_address, Term a_byte)
     return made;
 }
 
+Term TermTable::storedValue(Term a_memory, Term a_address, unsigned a_bytes) const
+{
+    Term base;
+    std::uint64_t offset = 0;
+    splitOffset(a_address, base, offset);
+    if (base.isNull())
+        return Term{};
+    Term value;
+    for (unsigned i = 0; i < a_bytes; ++i) {
+        Term read_from;
+        Term byte = storedByte(a_memory, base, truncate(offset + i, 32), read_from);
+        if (byte.isNull() || op(byte) != Op::Extract)
+            return Term{};
+        Term whole = child(byte, 0);
+        unsigned high = width(whole) - 1 - 8 * i;
+        if (width(whole) != 8 * a_bytes || node(byte).m_param[0] != high || (i > 0 && whole != value))
+            return Term{};
+        value = whole;
+    }
+    return value;
+}
+
 Term TermTable::load(Term a_memory, Term a_address, unsigned a_bytes)
 {
+    Term known = storedValue(a_memory, a_address, a_bytes);
+    if (!known.isNull())
+        return known;
     Term value = select(a_memory, a_address);
     for (unsigned i = 1; i < a_bytes; ++i)
         value = concat(value, select(a_memory, bvAddConst(a_address, i)));

@@ -206,6 +206,11 @@ public:
     Term store(Term a_memory, Term a_address, Term a_byte);
     // Big-endian loads and stores of a_bytes bytes (1, 2, 4 or 8).
     Term load(Term a_memory, Term a_address, unsigned a_bytes);
+    // The value of a_bytes bytes at a_address when the stores on top of
+    // a_memory wrote them all as the slices of one value, in order (a word
+    // stored and loaded back), without making a term; null otherwise. What
+    // load gives then is that value.
+    Term storedValue(Term a_memory, Term a_address, unsigned a_bytes) const;
     Term storeBytes(Term a_memory, Term a_address, Term a_value);
     // The number of stores between a memory and the memory at the bottom
     // of its chain (an array that no store made).
@@ -275,6 +280,9 @@ private:
         std::uint32_t m_left;
         std::uint32_t m_right;
     };
+    // The byte the stores on top of a_memory wrote at a_base + a_offset
+    // (null when unknown), and the memory a select of it reads otherwise.
+    Term storedByte(Term a_memory, Term a_base, std::uint64_t a_offset, Term& a_read_from) const;
     std::uint32_t mapInsert(std::uint32_t a_root, std::uint32_t a_key, Term a_store);
     Term mapFind(std::uint32_t a_root, std::uint32_t a_key) const;
     void indexStore(Term a_store);

@@ -269,6 +269,9 @@ Term ExactSemantics::loadBytes(const MachineState& a_state, Term a_address, unsi
             constants->objectHolding(static_cast<std::uint32_t>(offset), start, size))
             m_context.pinConstants(start, size);
     }
+    Term known = terms.storedValue(a_state.m_memory, a_address, a_bytes);
+    if (!known.isNull())
+        return known;
     Term value;
     for (unsigned i = 0; i < a_bytes; ++i) {
         Term address = terms.bvAddConst(a_address, i);
