@@ -9,6 +9,7 @@ void ListingProgram::beginLine(int a_line, std::uint64_t a_address)
     if (!m_recording)
         return;
     m_current = ListingInstruction();
+    m_current.m_operands.reserve(3);
     m_current.m_line = a_line;
     m_current.m_address = a_address;
     m_have_opcode = false;

@@ -888,51 +888,51 @@ bool inRange(long a_value, long a_low, long a_high)
     return a_value >= a_low && a_value <= a_high;
 }
 
-// Checks one operand against its letter; "" when it fits, else what it
+// Checks one operand against its letter; null when it fits, else what it
 // should have been.
-std::string checkOperand(char a_letter, const ListingOperand& a_operand, ExactOperand& a_exact)
+const char* checkOperand(char a_letter, const ListingOperand& a_operand, ExactOperand& a_exact)
 {
     bool number = a_operand.m_kind == ListingOperand::NUMBER;
     a_exact.m_value = a_operand.m_value;
     switch (a_letter) {
     case 'r':
         if (a_operand.m_kind == ListingOperand::NAME && isRegisterName(a_operand.m_name, 'r', a_exact.m_value))
-            return "";
+            return nullptr;
         return "a general register (r0 to r31)";
     case 'f':
         if (a_operand.m_kind == ListingOperand::NAME && isRegisterName(a_operand.m_name, 'f', a_exact.m_value))
-            return "";
+            return nullptr;
         return "a float register (f0 to f31)";
     case 'c':
-        return number && inRange(a_operand.m_value, 0, 7) ? "" : "a condition field (0 to 7)";
+        return number && inRange(a_operand.m_value, 0, 7) ? nullptr : "a condition field (0 to 7)";
     case 'b':
-        return number && inRange(a_operand.m_value, 0, 31) ? "" : "a condition bit (0 to 31)";
+        return number && inRange(a_operand.m_value, 0, 31) ? nullptr : "a condition bit (0 to 31)";
     case 'o':
     case 'k':
-        return number && inRange(a_operand.m_value, 0, 31) ? "" : "a number from 0 to 31";
+        return number && inRange(a_operand.m_value, 0, 31) ? nullptr : "a number from 0 to 31";
     case 'm':
-        return number && inRange(a_operand.m_value, 0, 255) ? "" : "a field mask (0 to 255)";
+        return number && inRange(a_operand.m_value, 0, 255) ? nullptr : "a field mask (0 to 255)";
     case 's':
-        return number && inRange(a_operand.m_value, -32768, 32767) ? "" : "a signed 16-bit number";
+        return number && inRange(a_operand.m_value, -32768, 32767) ? nullptr : "a signed 16-bit number";
     case 'u':
-        return number && inRange(a_operand.m_value, 0, 65535) ? "" : "an unsigned 16-bit number";
+        return number && inRange(a_operand.m_value, 0, 65535) ? nullptr : "an unsigned 16-bit number";
     case 'h':
-        return number && inRange(a_operand.m_value, -32768, 65535) ? "" : "a 16-bit number";
+        return number && inRange(a_operand.m_value, -32768, 65535) ? nullptr : "a 16-bit number";
     case 'x':
-        return number ? "" : "a special register number";
+        return number ? nullptr : "a special register number";
     case 'd':
         if (a_operand.m_kind == ListingOperand::DISPLACEMENT && inRange(a_operand.m_value, -32768, 32767)) {
             long base = 0;
             if (isRegisterName(a_operand.m_name, 'r', base)) {
                 a_exact.m_base = static_cast<int>(base);
-                return "";
+                return nullptr;
             }
         }
         return "a 16-bit displacement from a general register";
     case 't':
         if (a_operand.m_kind == ListingOperand::ADDRESS) {
             a_exact.m_symbol = a_operand.m_name;
-            return "";
+            return nullptr;
         }
         return "a branch target (<symbol+offset>)";
     default:
@@ -972,8 +972,7 @@ std::string ExactSemantics::prepare(const ListingInstruction& a_line, ExactInstr
             return "operand " + std::to_string(index + 1) + " of " + mnemonic + " is missing";
         }
         ExactOperand operand;
-        std::string expected = checkOperand(*letter, a_line.m_operands[index], operand);
-        if (!expected.empty())
+        if (const char* expected = checkOperand(*letter, a_line.m_operands[index], operand))
             return "operand " + std::to_string(index + 1) + " of " + mnemonic + " is not " + expected;
         if (*letter == 't')
             a_instruction.m_target_operand = static_cast<int>(index + 1);

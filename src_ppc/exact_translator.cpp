@@ -170,6 +170,12 @@ void ExactTranslator::findLoops()
     m_loop_body.clear();
     if (count == 0)
         return;
+    // Without a branch back (or a computed one) there is no loop to find.
+    bool backward = false;
+    for (int i = 0; i < count && !backward; ++i)
+        backward = (m_flow[i].m_target >= 0 && m_flow[i].m_target <= i) || !m_flow[i].m_table.empty();
+    if (!backward)
+        return;
     std::vector<std::vector<int>> successors(count);
     std::vector<std::vector<int>> predecessors(count);
     for (int i = 0; i < count; ++i) {
