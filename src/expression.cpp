@@ -416,17 +416,18 @@ ExpHandle LabelExp::substituteExp(const char*, const ExpHandle&, const ExpHandle
 // -------------------------------------------------------------------- VarExp
 
 // Equal variables have equal names, whether they were made from an operand
-// or from a name.
+// or from a name. A variable without a name (a numeric operand) is equal only
+// to itself, so a copy of it is a node of its own.
 VarExp::VarExp(TN* a_value) : Expression(VAR_EXP), m_value(a_value)
 {
     setShape(textShape(getName()));
-    m_shareable = true;
+    m_shareable = getName()[0] != '\0';
 }
 
 VarExp::VarExp(const char* a_name) : Expression(VAR_EXP), m_value(nullptr), m_name(a_name)
 {
     setShape(textShape(getName()));
-    m_shareable = true;
+    m_shareable = getName()[0] != '\0';
 }
 
 ExpHandle VarExp::copyExp(const ExpHandle& a_exp)

@@ -118,7 +118,8 @@ public:
 
     // Whether copyExp may hand out this very node where a copy is asked for:
     // true when a copy could not be told from the original, i.e. the subtree
-    // holds nothing that is equal only to itself (bit arrays, labels) or
+    // holds nothing that is equal only to itself (bit arrays, labels,
+    // variables without a name) or
     // that remembers being printed (comparisons), and copying would rebuild
     // it unchanged. Sharing such subtrees keeps copies of shared trees linear.
     bool shareable() const { return m_shareable; }
