@@ -6,6 +6,7 @@
 #include "misc/trace.h"
 #include "parse.h"
 #include "symbols.h"
+#include "misc/writer.h"
 
 void Assertion::traceCount() const
 {
@@ -25,7 +26,7 @@ void Assertion::printAll()
     // Printing an assertion prints comparisons, which must not add more.
     no_more = true;
     misc::traceOut() << "=*=*=*=*=*=*=*=*=*= print all " << last << '\n';
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     system_t side = parse_symbol_table ? parse_symbol_table->getSystem() : TARGET;
     for (int i = 0; i < last; ++i) {
         misc::traceOut() << "inserts " << i << '\n';

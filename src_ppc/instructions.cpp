@@ -11,6 +11,7 @@
 #include "misc/stop.h"
 #include "misc/trace.h"
 #include "propositionhandler.h"
+#include "misc/writer.h"
 
 namespace {
 
@@ -151,7 +152,7 @@ void Machine::translate_opcode(Transition* a_transition, TN** a_operands, TOP a_
     if (!isBranch(a_operation)) {
         DNF gathered = getAnnotation(step.m_id);
         DNF previous = getAndDeleteFirstAnnotation();
-        *getOutFile() << "% Annotations  id" << step.m_id << "1,2 \n";
+        misc::Writer(*getOutFile()) << "% Annotations  id" << step.m_id << "1,2 \n";
         gathered.print();
         previous.print();
         step.m_annotation = Annotation(step.m_id, simplify(gathered, previous));
@@ -410,7 +411,7 @@ void Machine::translateSignedCompare(Step& a_step)
     ExpHandle left = a_step.E(2);
     ExpHandle right = a_step.E(3);
     if (field == 5) {
-        *getOutFile() << "% EXpression of cmpi 5";
+        misc::Writer(*getOutFile()) << "% EXpression of cmpi 5";
         left->print(true, TARGET, true);
     }
     ExpHandle equality = binary(EQ, left, right);

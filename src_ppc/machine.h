@@ -6,6 +6,8 @@
 #define VELCOR_SRC_PPC_MACHINE_H
 
 #include <list>
+#include <unordered_map>
+#include <utility>
 
 #include "DNF.h"
 #include "expression.h"
@@ -99,6 +101,17 @@ private:
     DNF m_falseDNF;
     long m_unknownMemory = 0;
     const char* m_CR_copy = nullptr;
+
+    // The cell of each displacement from each base operand named so far:
+    // naming it again is one lookup instead of making and looking up its
+    // name. An operand's name never changes once the table holds it.
+    struct CellKeyHash {
+        std::size_t operator()(const std::pair<long, const TN*>& a_key) const
+        {
+            return std::hash<const TN*>()(a_key.second) * 31u + std::hash<long>()(a_key.first);
+        }
+    };
+    std::unordered_map<std::pair<long, const TN*>, TN*, CellKeyHash> m_cells;
 };
 
 extern Machine machine;
