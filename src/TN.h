@@ -36,6 +36,7 @@ public:
     TN(TN_t a_kind, const char* a_temporary_name, const char* a_name);
     TN(TN_t a_kind, const char* a_name, long a_value);
     TN(const TN&) = default;
+    TN(TN&&) = default;
     // Setting an operand afresh (a name registered again) may change its
     // kind and value, and with them what expressions over it compute.
     TN& operator=(const TN& a_other);

@@ -4,9 +4,9 @@
 
 #include "common.h"
 #include "misc/trace.h"
+#include "misc/writer.h"
 #include "parse.h"
 #include "symbols.h"
-#include "misc/writer.h"
 
 void Assertion::traceCount() const
 {

@@ -5,8 +5,8 @@
 
 #include "misc/stop.h"
 #include "misc/trace.h"
-#include "propositionhandler.h"
 #include "misc/writer.h"
+#include "propositionhandler.h"
 
 bool operator==(intBool a_left, intBool a_right)
 {

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "misc/stop.h"
-#include "parse.h"
 #include "misc/writer.h"
+#include "parse.h"
 
 propositionHandler::propositionHandler(int a_size)
     : m_propositions(a_size > 0 ? a_size : 0), m_expressions(a_size > 0 ? a_size : 0), m_size(a_size)

@@ -1,8 +1,10 @@
 #include "symbols.h"
-#include "misc/writer.h"
 
 #include <cstring>
 #include <ostream>
+#include <utility>
+
+#include "misc/writer.h"
 
 Symbols::Symbols() : m_table(100)
 {
@@ -21,14 +23,14 @@ TN* Symbols::own(TN* a_tn)
     return a_tn;
 }
 
-TN* Symbols::store(const std::string& a_key, const TN& a_contents)
+TN* Symbols::store(const std::string& a_key, TN a_contents)
 {
     Table::iterator found = m_table.find(a_key.c_str());
     if (found != m_table.end()) {
         *found->second = a_contents;
         return found->second;
     }
-    TN* fresh = own(new TN(a_contents));
+    TN* fresh = own(new TN(std::move(a_contents)));
     m_table.insert(a_key.c_str(), fresh);
     return fresh;
 }

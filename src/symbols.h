@@ -49,7 +49,7 @@ public:
     const Table& table() const { return m_table; }
 
 private:
-    TN* store(const std::string& a_key, const TN& a_contents);
+    TN* store(const std::string& a_key, TN a_contents);
     // The operand of a_name when setting it afresh to (a_type, a_name)
     // changes nothing, else null.
     TN* unchangedBy(TN_t a_type, const char* a_name, bool a_with_flags) const;

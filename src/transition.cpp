@@ -5,8 +5,8 @@
 
 #include "misc/stop.h"
 #include "misc/trace.h"
-#include "type_table.h"
 #include "misc/writer.h"
+#include "type_table.h"
 
 namespace {
 
