@@ -9,11 +9,11 @@
 #include "memory_name.h"
 #include "misc/stop.h"
 #include "misc/trace.h"
+#include "misc/writer.h"
 #include "parse.h"
 #include "swap.h"
 #include "symbols.h"
 #include "transition.h"
-#include "misc/writer.h"
 
 namespace {
 

@@ -10,8 +10,8 @@
 #include "machine.h"
 #include "misc/stop.h"
 #include "misc/trace.h"
-#include "propositionhandler.h"
 #include "misc/writer.h"
+#include "propositionhandler.h"
 
 namespace {
 
