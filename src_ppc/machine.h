@@ -28,7 +28,7 @@ public:
     int id() const { return m_id; }
     bool isTrue() const { return m_formula.isTrue(); }
     bool isFalse() const { return m_formula.isFalse(); }
-    DNF formula() const { return m_formula; }
+    const DNF& formula() const { return m_formula; }
     ExpHandle getCond() const { return m_formula.getExp(); }
 
 private:
