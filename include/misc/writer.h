@@ -17,7 +17,15 @@ class Writer {
 public:
     explicit Writer(std::ostream& a_stream) : m_stream(a_stream) {}
 
-    Writer& operator<<(const char* a_text) { return write(a_text, std::strlen(a_text)); }
+    // A null text is refused as the stream refuses it: nothing, and bad.
+    Writer& operator<<(const char* a_text)
+    {
+        if (!a_text) {
+            m_stream.setstate(std::ios::badbit);
+            return *this;
+        }
+        return write(a_text, std::strlen(a_text));
+    }
     Writer& operator<<(const std::string& a_text) { return write(a_text.data(), a_text.size()); }
     Writer& operator<<(char a_char)
     {

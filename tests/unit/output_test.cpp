@@ -63,6 +63,10 @@ TEST(WriterTest, AStreamWithoutBufferTakesNothingAndFails)
     std::ostream nowhere(nullptr);
     misc::Writer(nowhere) << "text" << 'c' << 12;
     EXPECT_TRUE(nowhere.bad());
+    std::ostringstream null_text;
+    const char* nothing = nullptr;
+    misc::Writer(null_text) << nothing;
+    EXPECT_TRUE(null_text.bad());
     std::ostringstream failed;
     failed.setstate(std::ios::failbit);
     misc::Writer(failed) << "text" << 'c';
