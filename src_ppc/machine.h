@@ -104,7 +104,8 @@ private:
 
     // The cell of each displacement from each base operand named so far:
     // naming it again is one lookup instead of making and looking up its
-    // name. An operand's name never changes once the table holds it.
+    // name. Base operands belong to the operand table for the whole run, and
+    // an operand's name never changes once the table holds it.
     struct CellKeyHash {
         std::size_t operator()(const std::pair<long, const TN*>& a_key) const
         {
