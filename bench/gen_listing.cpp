@@ -1,15 +1,25 @@
-// gen_listing LINES LISTING DESCRIPTION [SEED]
+// gen_listing LINES LISTING DESCRIPTION ASSEMBLY [SEED]
 //
 // Writes a listing of about LINES instructions shaped like the compiled step
-// function of a generated dataflow node, and the executable description
-// (for mkdwarf) of the node's state structure that the listing works on.
+// function of a generated dataflow node, the executable description (for
+// mkdwarf) of the node's state structure that the listing works on, and the
+// same instructions as assembler source (for the cross assembler with
+// -mregnames), so that a disassembler can be timed on the very code.
 //
 // The step function is a run of blocks. Each block loads a few fields of the
-// structure through r3, computes with them, compares, branches forward to
-// form an if-then or an if-then-else diamond, and stores its results back.
-// Every field is written once or twice per step. The number of conditional
+// structure, computes with them, compares, branches forward to form an
+// if-then or an if-then-else diamond, and stores its results back. Every
+// field is written once or twice per step. The number of conditional
 // branches is kept under 900: the proposition registry holds 999.
+//
+// The state holds pointers to parts of at most PART_FIELDS int fields each,
+// so that every displacement fits the instructions' signed 16 bits however
+// long the listing is; the prologue loads each part's address once into a
+// register of its own (r14 upwards), as compiled code of nested state does.
+// Every instruction used has an exact meaning under -smt2.
+#include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -20,6 +30,11 @@ namespace {
 
 constexpr int MAX_BRANCHES = 880;
 constexpr int BASE_ADDRESS = 0x10000000;
+// Fields of one part: displacements up to 4 * 7999, below 32768.
+constexpr int PART_FIELDS = 8000;
+// Parts are reached through r14 .. r31.
+constexpr int FIRST_PART_REGISTER = 14;
+constexpr int MAX_PARTS = 32 - FIRST_PART_REGISTER;
 const char* const NODE = "step";
 
 // A small deterministic generator, so that a seed always gives one listing.
@@ -50,9 +65,6 @@ public:
 
     void run()
     {
-        emit("stwu r1,-32(r1)");
-        emit("mfspr r0,8");
-        emit("stw r0,36(r1)");
         // One diamond per block, about as many blocks as branches allow.
         int blocks = m_budget / 40;
         if (blocks < 1)
@@ -60,13 +72,31 @@ public:
         m_block_lines = m_budget / blocks;
         if (blocks > MAX_BRANCHES)
             m_block_lines = m_budget / MAX_BRANCHES;
-        while (static_cast<int>(m_lines.size()) + 4 < m_budget)
-            block(m_budget - 4 - static_cast<int>(m_lines.size()));
-        emit("lwz r0,36(r1)");
-        emit("mtspr 8,r0");
-        emit("addi r1,r1,32");
-        emit("bclr 20,0");
+        // The prologue and the epilogue take 7 lines, the parts' addresses
+        // one line each (a field for about every five lines).
+        int body = m_budget - 7 - (m_budget / 5 / PART_FIELDS + 1);
+        while (static_cast<int>(m_lines.size()) < body)
+            block(body - static_cast<int>(m_lines.size()));
+        std::vector<Line> code;
+        code.push_back({"stwu r1,-32(r1)", -1});
+        code.push_back({"mfspr r0,8", -1});
+        code.push_back({"stw r0,36(r1)", -1});
+        for (int part = 0; part < partsUsed(); ++part)
+            code.push_back({"lwz " + reg(FIRST_PART_REGISTER + part) + "," + std::to_string(4 * part) + "(r3)", -1});
+        int shift = static_cast<int>(code.size());
+        for (Line& line : m_lines) {
+            if (line.m_target >= 0)
+                line.m_target += shift;
+            code.push_back(line);
+        }
+        code.push_back({"lwz r0,36(r1)", -1});
+        code.push_back({"mtspr 8,r0", -1});
+        code.push_back({"addi r1,r1,32", -1});
+        code.push_back({"bclr 20,0", -1});
+        m_lines = code;
     }
+
+    bool tooLong() const { return partsUsed() > MAX_PARTS; }
 
     void writeListing(std::ostream& a_out) const
     {
@@ -81,16 +111,46 @@ public:
         }
     }
 
+    // The same code for the assembler: branch targets become local labels.
+    void writeAssembly(std::ostream& a_out) const
+    {
+        std::vector<bool> targeted(m_lines.size() + 1, false);
+        for (const Line& line : m_lines)
+            if (line.m_target >= 0)
+                targeted[static_cast<std::size_t>(line.m_target)] = true;
+        a_out << "\t.text\n\t.globl " << NODE << "\n\t.type " << NODE << ",@function\n" << NODE << ":\n";
+        for (std::size_t i = 0; i < m_lines.size(); ++i) {
+            if (targeted[i])
+                a_out << ".L" << i << ":\n";
+            a_out << '\t' << m_lines[i].m_text;
+            if (m_lines[i].m_target >= 0)
+                a_out << ".L" << m_lines[i].m_target;
+            a_out << '\n';
+        }
+        if (targeted[m_lines.size()])
+            a_out << ".L" << m_lines.size() << ":\n";
+        a_out << "\t.size " << NODE << ",.-" << NODE << '\n';
+    }
+
     void writeDescription(std::ostream& a_out) const
     {
-        a_out << "# The state structure of the generated node: " << m_fields << " int fields.\n"
+        a_out << "# The state structure of the generated node: " << m_fields << " int fields in " << partsUsed()
+              << " parts reached through pointers.\n"
               << "unit node.c\n"
               << "  typedef state_t struct state\n"
-              << "  struct state size " << 4 * m_fields << '\n';
-        for (int i = 0; i < m_fields; ++i)
-            a_out << "    member f" << i << " int at " << 4 * i << '\n';
-        a_out << "  end\n"
-              << "  subroutine " << NODE << '\n'
+              << "  struct state size " << 4 * partsUsed() << '\n';
+        for (int part = 0; part < partsUsed(); ++part)
+            a_out << "    member part" << part << " pointer struct part" << part << " at " << 4 * part << '\n';
+        a_out << "  end\n";
+        for (int part = 0; part < partsUsed(); ++part) {
+            int first = part * PART_FIELDS;
+            int count = std::max(1, std::min(PART_FIELDS, m_fields - first));
+            a_out << "  struct part" << part << " size " << 4 * count << '\n';
+            for (int i = 0; i < count; ++i)
+                a_out << "    member f" << first + i << " int at " << 4 * i << '\n';
+            a_out << "  end\n";
+        }
+        a_out << "  subroutine " << NODE << '\n'
               << "    parameter self pointer state_t\n"
               << "  end\n"
               << "end\n";
@@ -108,7 +168,14 @@ private:
         return static_cast<int>(m_lines.size()) - 1;
     }
 
-    std::string reg(int a_index) const { return "r" + std::to_string(a_index); }
+    static std::string reg(int a_index) { return "r" + std::to_string(a_index); }
+    int partsUsed() const { return m_fields == 0 ? 1 : (m_fields + PART_FIELDS - 1) / PART_FIELDS; }
+    // Field a_field as a displacement from its part's register.
+    static std::string fieldOperand(int a_field)
+    {
+        return std::to_string(4 * (a_field % PART_FIELDS)) + "(" + reg(FIRST_PART_REGISTER + a_field / PART_FIELDS) +
+               ")";
+    }
     int pickRegister() { return m_work[m_random.below(static_cast<int>(m_work.size()))]; }
 
     // A field to read: one not written yet in this step (an input or the
@@ -152,12 +219,12 @@ private:
         return writeField();
     }
 
-    void load(int a_register) { emit("lwz " + reg(a_register) + "," + std::to_string(4 * readField()) + "(r3)"); }
+    void load(int a_register) { emit("lwz " + reg(a_register) + "," + fieldOperand(readField())); }
     void store(int a_register)
     {
         int field = writeField();
         m_block_written.push_back(field);
-        emit("stw " + reg(a_register) + "," + std::to_string(4 * field) + "(r3)");
+        emit("stw " + reg(a_register) + "," + fieldOperand(field));
     }
 
     // One operation on the statement's value in a_value, with a_other as the
@@ -253,7 +320,8 @@ private:
     int m_budget;
     Random m_random;
     std::vector<Line> m_lines;
-    std::vector<int> m_work{0, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+    // Not r0: as the source of addi it means the number 0.
+    std::vector<int> m_work{4, 5, 6, 7, 8, 9, 10, 11, 12};
     std::vector<int> m_unwritten;
     std::size_t m_next_unwritten = 0;
     std::vector<int> m_once;
@@ -268,25 +336,32 @@ private:
 
 int main(int argc, char** argv)
 {
-    if (argc < 4 || argc > 5) {
-        std::cerr << "usage: gen_listing LINES LISTING DESCRIPTION [SEED]\n";
+    if (argc < 5 || argc > 6) {
+        std::cerr << "usage: gen_listing LINES LISTING DESCRIPTION ASSEMBLY [SEED]\n";
         return 2;
     }
     int lines = std::atoi(argv[1]);
-    if (lines < 8) {
-        std::cerr << "gen_listing: at least 8 lines\n";
+    if (lines < 16) {
+        std::cerr << "gen_listing: at least 16 lines\n";
         return 2;
     }
-    std::uint64_t seed = argc == 5 ? std::strtoull(argv[4], nullptr, 10) : 1;
+    std::uint64_t seed = argc == 6 ? std::strtoull(argv[5], nullptr, 10) : 1;
     Generator generator(lines, seed);
     generator.run();
+    if (generator.tooLong()) {
+        std::cerr << "gen_listing: more fields than " << MAX_PARTS << " parts hold\n";
+        return 2;
+    }
     std::ofstream listing(argv[2], std::ios::binary | std::ios::trunc);
     generator.writeListing(listing);
     std::ofstream description(argv[3], std::ios::binary | std::ios::trunc);
     generator.writeDescription(description);
+    std::ofstream assembly(argv[4], std::ios::binary | std::ios::trunc);
+    generator.writeAssembly(assembly);
     listing.close();
     description.close();
-    if (!listing || !description) {
+    assembly.close();
+    if (!listing || !description || !assembly) {
         std::cerr << "gen_listing: cannot write the output files\n";
         return 1;
     }

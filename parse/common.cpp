@@ -4,15 +4,16 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <fstream>
+#include <ostream>
 #include <string>
 
+#include "misc/descriptor_buffer.h"
 #include "misc/stop.h"
 
 namespace {
 
-std::ofstream m_out_file;
-char m_out_buffer[1 << 16];
+misc::DescriptorBuffer m_out_buffer;
+std::ostream m_out_file(&m_out_buffer);
 std::ostream* m_redirect = nullptr;
 std::string outFileName;
 signed char outFileIndex = 0;
@@ -38,19 +39,16 @@ const char* const fieldSignStrs[MAX_FORMAT] = {"Y", "Y", "Y"};
 
 void openNumbered(const char* a_format, const char* a_prefix)
 {
-    if (m_out_file.is_open())
-        m_out_file.close();
+    if (m_out_buffer.isOpen())
+        m_out_buffer.close();
     char number[8];
     std::snprintf(number, sizeof number, "%d", static_cast<int>(outFileIndex));
     outFileName = a_prefix ? std::string(a_prefix) + number : std::string(a_format) + number;
-    // Created with the permission bits 0664 (before the creation mask), which
-    // a stream cannot ask for; the stream then truncates and keeps them.
+    // Created with the permission bits 0664 (before the creation mask).
     int fd = ::open(outFileName.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0664);
     if (fd >= 0) {
-        ::close(fd);
-        m_out_file.rdbuf()->pubsetbuf(m_out_buffer, sizeof m_out_buffer);
+        m_out_buffer.attach(fd, true);
         m_out_file.clear();
-        m_out_file.open(outFileName.c_str(), std::ios::out | std::ios::trunc | std::ios::binary);
     }
     outFileIndex = static_cast<signed char>(outFileIndex + 1);
 }
@@ -71,20 +69,20 @@ std::ostream* getOutFile()
 {
     if (m_redirect)
         return m_redirect;
-    VELCOR_ASSERT(m_out_file.is_open());
+    VELCOR_ASSERT(m_out_buffer.isOpen());
     return &m_out_file;
 }
 
 void resetOutFile()
 {
-    VELCOR_ASSERT(m_out_file.is_open());
-    m_out_file.close();
+    VELCOR_ASSERT(m_out_buffer.isOpen());
+    m_out_buffer.close();
     setOutFile();
 }
 
 bool outFileIsOpen()
 {
-    return m_out_file.is_open();
+    return m_out_buffer.isOpen();
 }
 
 std::ostream* setOutStream(std::ostream* a_stream)
@@ -96,8 +94,8 @@ std::ostream* setOutStream(std::ostream* a_stream)
 
 void resetCommon()
 {
-    if (m_out_file.is_open())
-        m_out_file.close();
+    if (m_out_buffer.isOpen())
+        m_out_buffer.close();
     outFileIndex = 0;
     output_format = ICS;
     m_noIf = false;

@@ -1,7 +1,11 @@
 // The program's entry point. The run goes on a thread with a large stack:
 // expressions of long listings nest tens of thousands of levels deep, and
 // printing, comparing and freeing them recurses that deep.
+#include <malloc.h>
 #include <pthread.h>
+
+#include <cstdlib>
+#include <iostream>
 
 #include "main_ppc.h"
 
@@ -18,7 +22,7 @@ struct Arguments {
 void* runThread(void* a_arguments)
 {
     Arguments* arguments = static_cast<Arguments*>(a_arguments);
-    arguments->status = runVelcor(arguments->argc, arguments->argv);
+    arguments->status = runVelcor(arguments->argc, arguments->argv, AfterRun::LEAVE);
     return nullptr;
 }
 
@@ -26,6 +30,10 @@ void* runThread(void* a_arguments)
 
 int main(int argc, char** argv)
 {
+    // One arena for the run's thread too: the main one grows in large steps,
+    // where a thread's own arena grows a page range at a time.
+    mallopt(M_ARENA_MAX, 1);
+    mallopt(M_TOP_PAD, 16 << 20);
     Arguments arguments{argc, argv, 1};
     pthread_attr_t attributes;
     pthread_t thread;
@@ -37,5 +45,10 @@ int main(int argc, char** argv)
     else
         runThread(&arguments);
     pthread_attr_destroy(&attributes);
-    return arguments.status;
+    // The run is over and its output written: the system takes back the
+    // memory and the files whole, without the destructors of the
+    // process-wide objects freeing them piece by piece.
+    std::cout.flush();
+    std::cerr.flush();
+    std::_Exit(arguments.status);
 }

@@ -19,6 +19,7 @@
 #include "listing_program.h"
 #include "listing_source.h"
 #include "machine.h"
+#include "misc/descriptor_buffer.h"
 #include "misc/stop.h"
 #include "misc/trace.h"
 #include "parse.h"
@@ -31,11 +32,29 @@
 
 namespace {
 
-// Standard output carries many trace lines: give it its own buffer, decoupled
-// from C stdio, before anything is written (this object is constructed before
-// the process-wide objects below).
-struct BufferedStandardOutput {
-    BufferedStandardOutput() { std::ios::sync_with_stdio(false); }
+// Standard output carries many trace lines: give it its own large buffer,
+// decoupled from C stdio, before anything is written (this object is
+// constructed before the process-wide objects below, and destroyed after
+// them, when it hands standard output its own buffer back).
+class BufferedStandardOutput {
+public:
+    BufferedStandardOutput()
+    {
+        std::ios::sync_with_stdio(false);
+        m_buffer.attach(1, false);
+        m_previous = std::cout.rdbuf(&m_buffer);
+    }
+    ~BufferedStandardOutput()
+    {
+        std::cout.flush();
+        std::cout.rdbuf(m_previous);
+    }
+    BufferedStandardOutput(const BufferedStandardOutput&) = delete;
+    BufferedStandardOutput& operator=(const BufferedStandardOutput&) = delete;
+
+private:
+    misc::DescriptorBuffer m_buffer;
+    std::streambuf* m_previous = nullptr;
 } buffered_standard_output;
 
 } // namespace
@@ -290,7 +309,7 @@ int run(int argc, char** argv)
 
 } // namespace
 
-int runVelcor(int argc, char** argv)
+int runVelcor(int argc, char** argv, AfterRun a_after)
 {
     int status = 0;
     try {
@@ -306,7 +325,8 @@ int runVelcor(int argc, char** argv)
         status = stop.status();
     }
     std::cout.flush();
-    resetRunState();
+    if (a_after == AfterRun::RESET)
+        resetRunState();
     return status;
 }
 

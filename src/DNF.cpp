@@ -10,6 +10,7 @@
 
 #include "misc/stop.h"
 #include "misc/trace.h"
+#include "misc/writer.h"
 
 bool DNF::add(const Clause& a_clause)
 {
@@ -65,7 +66,7 @@ ExpHandle DNF::getExp() const
 
 void DNF::print() const
 {
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     const char comment = commentChar();
     if (m_true || (!m_false && m_clauses.empty())) {
         out << comment << "c" << 0 << "true" << '\n';

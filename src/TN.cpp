@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "common.h"
+#include "misc/writer.h"
 
 long registerNumberOf(const char* a_name)
 {
@@ -71,19 +72,43 @@ void TN::noteConstChange(bool a_was_const, long a_old_value)
         ++s_const_generation;
 }
 
+namespace {
+
+bool isIdentifierMisfit(char a_char, bool a_cvc)
+{
+    return a_char == '.' || (!a_cvc && a_char == '_');
+}
+
+} // namespace
+
 std::string TN::correctNameForIcs(const char* a_name)
 {
     std::string name(a_name);
     bool cvc = getOutFormat() == CVC;
     for (char& c : name)
-        if (c == '.' || (!cvc && c == '_'))
+        if (isIdentifierMisfit(c, cvc))
             c = 'X';
     return name;
 }
 
+bool TN::isCorrectName(const char* a_name)
+{
+    bool cvc = getOutFormat() == CVC;
+    for (; *a_name; ++a_name)
+        if (isIdentifierMisfit(*a_name, cvc))
+            return false;
+    return true;
+}
+
+bool TN::holdsNamed(TN_t a_kind, bool a_with_flags) const
+{
+    return m_type == a_kind && m_temporary_name.empty() && m_value == registerNumberOf(m_name.c_str()) &&
+           !(a_with_flags && (m_isAddress || m_pointer_to_array));
+}
+
 void TN::print(bool a_prime, bool a_source) const
 {
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     if (m_type == TN_LOGICAL) {
         out << m_name;
     } else if (m_type == TN_CONST) {

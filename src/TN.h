@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <string>
 
+#include "misc/small_object_pool.h"
+
 enum TN_t {
     TN_SYM_REG = 0, // a register or other operand written by name
     TN_SYM_PREG,    // a predicate register by name
@@ -26,6 +28,7 @@ long registerNumberOf(const char* a_name);
 
 class TN {
 public:
+    VELCOR_POOLED_ALLOCATION
     explicit TN(long a_value);
     TN(TN_t a_kind, long a_value);
     // Kind TN_LABEL when the name starts with a full stop.
@@ -33,6 +36,7 @@ public:
     TN(TN_t a_kind, const char* a_temporary_name, const char* a_name);
     TN(TN_t a_kind, const char* a_name, long a_value);
     TN(const TN&) = default;
+    TN(TN&&) = default;
     // Setting an operand afresh (a name registered again) may change its
     // kind and value, and with them what expressions over it compute.
     TN& operator=(const TN& a_other);
@@ -62,6 +66,13 @@ public:
     // identifiers replaced by X: full stops for CVC, full stops and
     // underscores for ICS and TLV.
     static std::string correctNameForIcs(const char* a_name);
+    // Whether correctNameForIcs leaves a_name as it is.
+    static bool isCorrectName(const char* a_name);
+
+    // Whether this operand holds what TN(a_kind, TNName()) holds: setting
+    // it afresh to that would change nothing, the two flags included when
+    // a_with_flags (assignment copies them, update does not).
+    bool holdsNamed(TN_t a_kind, bool a_with_flags) const;
 
     // Changes whenever some operand stops or starts being a constant, or a
     // constant operand changes its value: expressions keep what they

@@ -4,6 +4,7 @@
 
 #include "common.h"
 #include "misc/trace.h"
+#include "misc/writer.h"
 #include "parse.h"
 #include "symbols.h"
 
@@ -25,7 +26,7 @@ void Assertion::printAll()
     // Printing an assertion prints comparisons, which must not add more.
     no_more = true;
     misc::traceOut() << "=*=*=*=*=*=*=*=*=*= print all " << last << '\n';
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     system_t side = parse_symbol_table ? parse_symbol_table->getSystem() : TARGET;
     for (int i = 0; i < last; ++i) {
         misc::traceOut() << "inserts " << i << '\n';

@@ -5,6 +5,7 @@
 
 #include "misc/stop.h"
 #include "misc/trace.h"
+#include "misc/writer.h"
 #include "propositionhandler.h"
 
 bool operator==(intBool a_left, intBool a_right)
@@ -115,7 +116,7 @@ ExpHandle Clause::getCond() const
 
 void Clause::print() const
 {
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     for (const intBool& literal : m_proposition)
         out << (literal.m_bool ? " " : "~") << "p" << literal.p_id;
 }

@@ -299,10 +299,13 @@ bool operator==(const ExpHandle& a_left, const ExpHandle& a_right)
 
 void Expression::setShape(std::uint64_t a_first, std::uint64_t a_second, std::uint64_t a_third)
 {
-    std::uint64_t value = mix((static_cast<std::uint64_t>(m_type) << 32) ^ static_cast<std::uint32_t>(m_operator));
-    value = mix(value ^ a_first);
-    value = mix(value ^ a_second);
-    m_shape = mix(value ^ a_third);
+    // Odd multipliers keep the parts' positions apart; one final mix
+    // spreads them. Every node gets one, so it is kept cheap.
+    std::uint64_t value = (static_cast<std::uint64_t>(m_type) << 32) ^ static_cast<std::uint32_t>(m_operator);
+    value = value * 0x9e3779b97f4a7c15ull + a_first;
+    value = value * 0xc2b2ae3d27d4eb4full + a_second;
+    value = value * 0x165667b19e3779f9ull + a_third;
+    m_shape = mix(value);
 }
 
 std::string Expression::getFresh()
@@ -416,17 +419,18 @@ ExpHandle LabelExp::substituteExp(const char*, const ExpHandle&, const ExpHandle
 // -------------------------------------------------------------------- VarExp
 
 // Equal variables have equal names, whether they were made from an operand
-// or from a name.
+// or from a name. A variable without a name (a numeric operand) is equal only
+// to itself, so a copy of it is a node of its own.
 VarExp::VarExp(TN* a_value) : Expression(VAR_EXP), m_value(a_value)
 {
     setShape(textShape(getName()));
-    m_shareable = true;
+    m_shareable = getName()[0] != '\0';
 }
 
 VarExp::VarExp(const char* a_name) : Expression(VAR_EXP), m_value(nullptr), m_name(a_name)
 {
     setShape(textShape(getName()));
-    m_shareable = true;
+    m_shareable = getName()[0] != '\0';
 }
 
 ExpHandle VarExp::copyExp(const ExpHandle& a_exp)

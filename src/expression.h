@@ -12,6 +12,7 @@
 #include "TN.h"
 #include "common.h"
 #include "misc/handle.h"
+#include "misc/small_object_pool.h"
 
 enum expression_type_t : std::int32_t {
     CONST_EXP = 0,
@@ -66,6 +67,7 @@ inline bool operator!=(const ExpHandle& a_left, const ExpHandle& a_right) { retu
 class Expression : public Shared {
 public:
     virtual ~Expression() = default;
+    VELCOR_POOLED_ALLOCATION
 
     virtual bool specialPrint() = 0;
     virtual ExpHandle ifSimplify(const char* a_name, const ExpHandle& a_exp, const ExpHandle& a_self);
@@ -118,7 +120,8 @@ public:
 
     // Whether copyExp may hand out this very node where a copy is asked for:
     // true when a copy could not be told from the original, i.e. the subtree
-    // holds nothing that is equal only to itself (bit arrays, labels) or
+    // holds nothing that is equal only to itself (bit arrays, labels,
+    // variables without a name) or
     // that remembers being printed (comparisons), and copying would rebuild
     // it unchanged. Sharing such subtrees keeps copies of shared trees linear.
     bool shareable() const { return m_shareable; }

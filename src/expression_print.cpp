@@ -6,6 +6,7 @@
 #include "assertion.h"
 #include "expression.h"
 #include "misc/trace.h"
+#include "misc/writer.h"
 
 namespace {
 
@@ -49,12 +50,12 @@ const char* operatorText(operator_t a_operator)
 
 void ConstExp::print(bool, system_t, bool)
 {
-    *getOutFile() << m_value;
+    misc::Writer(*getOutFile()) << m_value;
 }
 
 void LabelExp::print(bool, system_t, bool)
 {
-    *getOutFile() << m_value;
+    misc::Writer(*getOutFile()) << m_value;
 }
 
 void VarExp::print(bool a_prime, system_t a_system, bool)
@@ -62,12 +63,12 @@ void VarExp::print(bool a_prime, system_t a_system, bool)
     if (m_value)
         m_value->print(a_prime, a_system != TARGET);
     else
-        *getOutFile() << m_name;
+        misc::Writer(*getOutFile()) << m_name;
 }
 
 void UnaryExp::print(bool a_prime, system_t a_system, bool)
 {
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     switch (m_operator) {
     case NOT:
         out << notStr();
@@ -105,7 +106,7 @@ void UnaryExp::print(bool a_prime, system_t a_system, bool)
 
 void BinaryExp::print(bool a_prime, system_t a_system, bool)
 {
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     auto function = [&](const char* a_name) {
         out << a_name << "(";
         l_operand->print(a_prime, a_system, false);
@@ -178,13 +179,13 @@ void BinaryExp::addComparisonAssertion()
 void TrinaryExp::print(TN* a_tn, bool, system_t a_system, bool a_flag)
 {
     a_tn->print(true, a_system != TARGET);
-    *getOutFile() << " =";
+    misc::Writer(*getOutFile()) << " =";
     print(false, a_system, a_flag);
 }
 
 void TrinaryExp::print(bool a_prime, system_t a_system, bool)
 {
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     if (m_operator == IF) {
         if (operand1->isConst()) {
             // A decided condition prints only the branch it selects.
@@ -228,7 +229,7 @@ void TrinaryExp::print(bool a_prime, system_t a_system, bool)
 
 void BitArrayExp::print(bool a_prime, system_t a_system, bool a_flag)
 {
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     out << "BitArray(";
     for (std::size_t i = 0; i < operands.size(); ++i) {
         if (i)

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "misc/stop.h"
+#include "misc/writer.h"
 #include "parse.h"
 
 propositionHandler::propositionHandler(int a_size)
@@ -17,7 +18,7 @@ propositionHandler::propositionHandler(int a_size)
 int propositionHandler::setNextProposition(const ExpHandle& a_exp)
 {
     VELCOR_ASSERT(!a_exp.isNull());
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     out << "PPPPPPPPPPPPPP proposition index = " << m_next_index;
     a_exp->print(true, TARGET, true);
     out << "PPPPPPPPPPPPPP " << '\n';
@@ -50,7 +51,7 @@ ExpHandle propositionHandler::getExp(int a_id) const
 
 void propositionHandler::printAll(Symbols*)
 {
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     out << commentChar() << "----------------Proposition Values " << '\n';
     for (int id = 1; id <= m_next_index; ++id) {
         ExpHandle value = m_expressions[id];

@@ -2,6 +2,9 @@
 
 #include <cstring>
 #include <ostream>
+#include <utility>
+
+#include "misc/writer.h"
 
 Symbols::Symbols() : m_table(100)
 {
@@ -20,14 +23,14 @@ TN* Symbols::own(TN* a_tn)
     return a_tn;
 }
 
-TN* Symbols::store(const std::string& a_key, const TN& a_contents)
+TN* Symbols::store(const std::string& a_key, TN a_contents)
 {
     Table::iterator found = m_table.find(a_key.c_str());
     if (found != m_table.end()) {
         *found->second = a_contents;
         return found->second;
     }
-    TN* fresh = own(new TN(a_contents));
+    TN* fresh = own(new TN(std::move(a_contents)));
     m_table.insert(a_key.c_str(), fresh);
     return fresh;
 }
@@ -38,8 +41,29 @@ TN* Symbols::addTN(TN_t a_type, const char* a_name)
         return nullptr;
     if (a_name[0] == '.')
         a_type = TN_LABEL;
+    if (TN* same = unchangedBy(a_type, a_name, true))
+        return same;
     std::string key = correctNameForIcs(a_name);
     return store(key, TN(a_type, key.c_str()));
+}
+
+TN* Symbols::addNamedTN(TN_t a_type, const char* a_name)
+{
+    if (TN* same = unchangedBy(a_type, a_name, false))
+        return same;
+    return addTN(new TN(a_type, a_name));
+}
+
+TN* Symbols::unchangedBy(TN_t a_type, const char* a_name, bool a_with_flags) const
+{
+    // Registering a name again is most of what a listing does: it costs a
+    // lookup when the operand already holds what it would be set to.
+    if (!TN::isCorrectName(a_name))
+        return nullptr;
+    Table::const_iterator found = m_table.find(a_name);
+    if (found == m_table.end() || !found->second->holdsNamed(a_type, a_with_flags))
+        return nullptr;
+    return found->second;
 }
 
 TN* Symbols::addTN(TN_t a_type, const char* a_first, const char* a_name)
@@ -96,7 +120,7 @@ TN* Symbols::getTN(const char* a_name) const
 
 void Symbols::print() const
 {
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     const char* side = m_system == TARGET ? "" : "s";
     for (const auto& entry : m_table) {
         const char* key = entry.first.c_str();

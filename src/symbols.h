@@ -37,6 +37,9 @@ public:
     // the name is new a_tn is stored, otherwise the stored operand is updated
     // from a_tn. Returns the stored operand (null when a_tn is null).
     TN* addTN(TN* a_tn);
+    // addTN(new TN(a_type, a_name)), without the new operand when the
+    // name's operand would stay as it is.
+    TN* addNamedTN(TN_t a_type, const char* a_name);
 
     bool isIn(const char* a_name) const;
     TN* getTN(const char* a_name) const;
@@ -46,7 +49,10 @@ public:
     const Table& table() const { return m_table; }
 
 private:
-    TN* store(const std::string& a_key, const TN& a_contents);
+    TN* store(const std::string& a_key, TN a_contents);
+    // The operand of a_name when setting it afresh to (a_type, a_name)
+    // changes nothing, else null.
+    TN* unchangedBy(TN_t a_type, const char* a_name, bool a_with_flags) const;
     TN* own(TN* a_tn);
 
     system_t m_system = TARGET;

@@ -17,14 +17,14 @@ std::ostream& sink()
 
 } // namespace
 
-std::ostream& traceOut()
+Writer traceOut()
 {
-    return quiet ? sink() : std::cout;
+    return Writer(quiet ? sink() : std::cout);
 }
 
-std::ostream& traceErr()
+Writer traceErr()
 {
-    return quiet ? sink() : std::cerr;
+    return Writer(quiet ? sink() : std::cerr);
 }
 
 void setQuiet(bool a_quiet)

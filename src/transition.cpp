@@ -5,6 +5,7 @@
 
 #include "misc/stop.h"
 #include "misc/trace.h"
+#include "misc/writer.h"
 #include "type_table.h"
 
 namespace {
@@ -17,7 +18,7 @@ void printVariable(TN* a_tn, const char* a_name, bool a_prime, bool a_source)
         a_tn->print(a_prime, a_source);
         return;
     }
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     if (a_prime)
         out << 'P';
     if (a_source)
@@ -154,7 +155,7 @@ const char* Transition::next()
 
 void Transition::print(Symbols* a_symbol_table, bool a_all)
 {
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     system_t side = a_symbol_table->getSystem();
     if (m_data.empty())
         out << "1=1" << endStr() << '\n';
@@ -192,7 +193,7 @@ void Transition::print(Symbols* a_symbol_table, bool a_all)
 
 void Transition::printPreserve(Symbols* a_symbol_table, bool a_all)
 {
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     bool source = a_symbol_table->getSystem() != TARGET;
     out << commentChar() << "Print Transition and preserve \n";
     bool first = true;
@@ -213,7 +214,7 @@ void Transition::printPreserve(Symbols* a_symbol_table, bool a_all)
 
 void Transition::printAll(bool a_prime, bool a_debug)
 {
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     char mark = a_prime ? 'P' : ' ';
     if (a_debug) {
         out << commentChar() << "Print Declarations \n";
@@ -240,7 +241,7 @@ void Transition::printAll(bool a_prime, bool a_debug)
 
 void Transition::printMap(Symbols* a_symbol_table, bool a_prime)
 {
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     bool first = true;
     for (const auto& entry : m_data) {
         TN* tn = a_symbol_table->getTN(entry.first.c_str());

@@ -9,6 +9,7 @@
 #include "memory_name.h"
 #include "misc/stop.h"
 #include "misc/trace.h"
+#include "misc/writer.h"
 #include "parse.h"
 #include "swap.h"
 #include "symbols.h"
@@ -648,7 +649,7 @@ void dwarf_debug::addVars(Transition* a_transition)
 {
     if (!a_transition)
         return;
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     for (const auto& pair : m_members) {
         const char* target = pair.second.m_target.c_str();
         if (a_transition->isIn(target))
@@ -658,7 +659,7 @@ void dwarf_debug::addVars(Transition* a_transition)
 
 void dwarf_debug::print()
 {
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     for (const auto& pair : m_members) {
         out << assertStr() << pair.first << "=" << pair.second.m_target << ";\n";
         out << assertStr() << "P" << pair.first << "=" << "P" << pair.second.m_target << ";\n";
@@ -667,7 +668,7 @@ void dwarf_debug::print()
 
 void dwarf_debug::printStructAsserts()
 {
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     for (const auto& pair : struct_assert_table) {
         out << "ASSERT ADDRESS(" << pair.first << ")=ADDRESS(" << pair.second << ");\n";
         out << "ASSERT ADDRESS(P" << pair.first << ")=ADDRESS(P" << pair.second << ");\n";

@@ -10,6 +10,7 @@
 #include "machine.h"
 #include "misc/stop.h"
 #include "misc/trace.h"
+#include "misc/writer.h"
 #include "propositionhandler.h"
 
 namespace {
@@ -104,7 +105,9 @@ public:
     {
     }
 
-    // E(k): the value of operand k before the instruction.
+    // E(k): the value of operand k before the instruction, as long as the
+    // instruction has not written it yet (read what an update or record
+    // form needs first).
     ExpHandle E(int k) { return m_transition->getExp(m_operands[k]); }
     ExpHandle byName(const char* a_name) { return m_transition->getExp(a_name); }
     const char* N(int k) const { return m_operands[k]->TNName(); }
@@ -149,7 +152,7 @@ void Machine::translate_opcode(Transition* a_transition, TN** a_operands, TOP a_
     if (!isBranch(a_operation)) {
         DNF gathered = getAnnotation(step.m_id);
         DNF previous = getAndDeleteFirstAnnotation();
-        *getOutFile() << "% Annotations  id" << step.m_id << "1,2 \n";
+        misc::Writer(*getOutFile()) << "% Annotations  id" << step.m_id << "1,2 \n";
         gathered.print();
         previous.print();
         step.m_annotation = Annotation(step.m_id, simplify(gathered, previous));
@@ -274,14 +277,19 @@ void Machine::translateAddImmediate(Step& a_step)
 void Machine::translateRotate(Step& a_step, bool a_record)
 {
     ExpHandle result = rotateAndMask(a_step.V(4), a_step.V(5), a_step.V(3), a_step.E(2));
+    // The bits of field 0 as they were before the instruction, read before
+    // the destination (which a listing may name after one of them) is set.
+    ExpHandle less, greater, equal;
+    if (a_record) {
+        less = a_step.byName(CR_register[0]);
+        greater = a_step.byName(CR_register[1]);
+        equal = a_step.byName(CR_register[2]);
+    }
     a_step.assignOperand(1, result);
     if (!a_record)
         return;
     // The record form sets field 0 from the result.
     ExpHandle zero = new ConstExp(0);
-    ExpHandle less = a_step.byName(CR_register[0]);
-    ExpHandle greater = a_step.byName(CR_register[1]);
-    ExpHandle equal = a_step.byName(CR_register[2]);
     a_step.assign(CR_register[0], binary(LT, result, zero), less);
     a_step.assign(CR_register[1], binary(GT, result, zero), greater);
     a_step.assign(CR_register[2], binary(EQ, result, zero), equal);
@@ -337,6 +345,9 @@ Machine::MemoryAccess Machine::memoryAccess(Step& a_step, bool a_store)
 
 void Machine::translateStore(Step& a_step, bool a_update)
 {
+    // The base's value before the instruction: the store may write a cell
+    // of the base's own name (a base called oldSP below its value).
+    ExpHandle base = a_step.E(3);
     MemoryAccess access = memoryAccess(a_step, true);
     if (access.kind == MemoryAccess::SINGLE) {
         a_step.assign(access.cell->TNName(), a_step.E(1), a_step.m_transition->getExp(access.cell));
@@ -348,7 +359,7 @@ void Machine::translateStore(Step& a_step, bool a_update)
         a_step.assign(access.else_cell->TNName(), new TrinaryExp(IF, access.condition, old_else, value), old_else);
     }
     if (a_update)
-        a_step.assignOperand(3, binary(ADD, constant(a_step.V(2)), a_step.E(3)));
+        a_step.assign(a_step.N(3), binary(ADD, constant(a_step.V(2)), base), base);
 }
 
 void Machine::translateLoad(Step& a_step, TOP a_operation)
@@ -360,6 +371,9 @@ void Machine::translateLoad(Step& a_step, TOP a_operation)
     misc::traceOut() << "Operand111=" << a_step.N(1) << '\n'
               << "Operand2=" << a_step.V(2) << '\n'
               << "Operand3=" << a_step.N(3) << '\n';
+    // The base's value before the instruction: the load may have written
+    // the base register itself.
+    ExpHandle base = a_step.E(3);
     MemoryAccess access = memoryAccess(a_step, false);
     if (access.kind == MemoryAccess::NONE)
         return;
@@ -374,7 +388,7 @@ void Machine::translateLoad(Step& a_step, TOP a_operation)
         a_step.m_transition->assign(a_step.N(1), new TrinaryExp(IF, access.condition, from_then, from_else));
     }
     if (a_operation == lwzu)
-        a_step.assignOperand(3, binary(ADD, a_step.E(3), constant(a_step.V(2))));
+        a_step.assign(a_step.N(3), binary(ADD, base, constant(a_step.V(2))), base);
 }
 
 // Field f of the condition register is bits 4f (less than), 4f+1 (greater
@@ -397,7 +411,7 @@ void Machine::translateSignedCompare(Step& a_step)
     ExpHandle left = a_step.E(2);
     ExpHandle right = a_step.E(3);
     if (field == 5) {
-        *getOutFile() << "% EXpression of cmpi 5";
+        misc::Writer(*getOutFile()) << "% EXpression of cmpi 5";
         left->print(true, TARGET, true);
     }
     ExpHandle equality = binary(EQ, left, right);

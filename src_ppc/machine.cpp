@@ -9,6 +9,7 @@
 #include "common.h"
 #include "memory_name.h"
 #include "misc/trace.h"
+#include "misc/writer.h"
 
 const char* const CR_register[32] = {"cr00", "cr01", "cr02", "cr03", "cr04", "cr05", "cr06", "cr07",
                                      "cr08", "cr09", "cr10", "cr11", "cr12", "cr13", "cr14", "cr15",
@@ -22,7 +23,7 @@ Annotation::Annotation(int a_id, const DNF& a_formula) : m_id(a_id), m_formula(a
 
 void Annotation::print() const
 {
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     out << commentChar() << "------------------Annotation id " << m_id << '\n';
     m_formula.print();
     out << commentChar() << "------------------end print annotation " << '\n';
@@ -34,6 +35,7 @@ void Machine::init(Symbols* a_parse_symbol_table)
     m_parse_symbol_table = a_parse_symbol_table;
     m_CR_copy = nullptr;
     m_unknownMemory = 0;
+    m_cells.clear();
     for (const char* bit : CR_register)
         m_parse_symbol_table->addTN(new TN(TN_LOG_REG, bit));
     m_lastAnnotationIndex = 0;
@@ -48,6 +50,7 @@ void Machine::clear()
     m_falseDNF = DNF();
     m_unknownMemory = 0;
     m_CR_copy = nullptr;
+    m_cells.clear();
 }
 
 DNF Machine::getAnnotation(int a_id) const
@@ -113,15 +116,23 @@ TN* Machine::memoryVar(const TN* a_tn)
     long displacement = a_tn->TNValue();
     if (displacement < 0) {
         misc::traceOut() << "**Added oldSp since " << displacement << '\n';
-        return m_parse_symbol_table->addTN(new TN(TN_SYMBOL, OLD_STACK_POINTER));
+        return m_parse_symbol_table->addNamedTN(TN_SYMBOL, OLD_STACK_POINTER);
     }
     std::string name = memoryCellName(displacement);
-    return m_parse_symbol_table->addTN(new TN(TN_SYMBOL, name.c_str()));
+    return m_parse_symbol_table->addNamedTN(TN_SYMBOL, name.c_str());
 }
 
 TN* Machine::memoryVar(const TN* a_tn, const TN* b_tn)
 {
-    return memoryVar(a_tn, b_tn->TNName());
+    long displacement = a_tn->TNValue();
+    if (displacement < 0)
+        return memoryVar(a_tn, b_tn->TNName());
+    // Registering the cell again would leave it as it is when it still
+    // holds a plain cell of its name.
+    TN*& cell = m_cells[std::make_pair(displacement, b_tn)];
+    if (!cell || !cell->holdsNamed(TN_SYMBOL, false))
+        cell = memoryVar(a_tn, b_tn->TNName());
+    return cell;
 }
 
 TN* Machine::memoryVar(const TN* a_tn, const char* a_base_name)
@@ -129,10 +140,10 @@ TN* Machine::memoryVar(const TN* a_tn, const char* a_base_name)
     long displacement = a_tn->TNValue();
     if (displacement < 0) {
         misc::traceOut() << "**Added oldSp since " << displacement << '\n';
-        return m_parse_symbol_table->addTN(new TN(TN_SYMBOL, OLD_STACK_POINTER));
+        return m_parse_symbol_table->addNamedTN(TN_SYMBOL, OLD_STACK_POINTER);
     }
     std::string name = memoryCellName(displacement, a_base_name);
-    return m_parse_symbol_table->addTN(new TN(TN_SYMBOL, name.c_str()));
+    return m_parse_symbol_table->addNamedTN(TN_SYMBOL, name.c_str());
 }
 
 TN* Machine::stackVar(const TN* a_tn)
@@ -140,10 +151,10 @@ TN* Machine::stackVar(const TN* a_tn)
     misc::traceOut() << "From StackVar " << a_tn->TNName() << '\n';
     long displacement = a_tn->TNValue();
     if (displacement < 0)
-        return m_parse_symbol_table->addTN(new TN(TN_SYMBOL, OLD_STACK_POINTER));
+        return m_parse_symbol_table->addNamedTN(TN_SYMBOL, OLD_STACK_POINTER);
     std::string name = "STACK" + std::to_string(displacement);
     misc::traceOut() << "stack variable name is" << name << '\n';
-    TN* cell = m_parse_symbol_table->addTN(new TN(TN_SYMBOL, name.c_str()));
+    TN* cell = m_parse_symbol_table->addNamedTN(TN_SYMBOL, name.c_str());
     cell->setIsAddress(true);
     return cell;
 }
@@ -155,7 +166,7 @@ void Machine::unsupported_op(TOP a_operation) const
 
 void Machine::print(int a_id) const
 {
-    *getOutFile() << commentChar() << " ANNOTATIONS: " << '\n';
+    misc::Writer(*getOutFile()) << commentChar() << " ANNOTATIONS: " << '\n';
     for (const Annotation& annotation : m_annotations)
         if (annotation.id() == a_id)
             annotation.print();
@@ -163,7 +174,7 @@ void Machine::print(int a_id) const
 
 void Machine::printAll() const
 {
-    *getOutFile() << commentChar() << " ANNOTATIONS: " << '\n';
+    misc::Writer(*getOutFile()) << commentChar() << " ANNOTATIONS: " << '\n';
     for (const Annotation& annotation : m_annotations)
         annotation.print();
 }

@@ -6,6 +6,8 @@
 #define VELCOR_SRC_PPC_MACHINE_H
 
 #include <list>
+#include <unordered_map>
+#include <utility>
 
 #include "DNF.h"
 #include "expression.h"
@@ -26,7 +28,7 @@ public:
     int id() const { return m_id; }
     bool isTrue() const { return m_formula.isTrue(); }
     bool isFalse() const { return m_formula.isFalse(); }
-    DNF formula() const { return m_formula; }
+    const DNF& formula() const { return m_formula; }
     ExpHandle getCond() const { return m_formula.getExp(); }
 
 private:
@@ -99,6 +101,18 @@ private:
     DNF m_falseDNF;
     long m_unknownMemory = 0;
     const char* m_CR_copy = nullptr;
+
+    // The cell of each displacement from each base operand named so far:
+    // naming it again is one lookup instead of making and looking up its
+    // name. Base operands belong to the operand table for the whole run, and
+    // an operand's name never changes once the table holds it.
+    struct CellKeyHash {
+        std::size_t operator()(const std::pair<long, const TN*>& a_key) const
+        {
+            return std::hash<const TN*>()(a_key.second) * 31u + std::hash<long>()(a_key.first);
+        }
+    };
+    std::unordered_map<std::pair<long, const TN*>, TN*, CellKeyHash> m_cells;
 };
 
 extern Machine machine;

@@ -8,6 +8,7 @@
 
 #include "machine.h"
 #include "misc/trace.h"
+#include "misc/writer.h"
 
 namespace {
 
@@ -87,7 +88,7 @@ ExpHandle get_sign_bit_andc(const ExpHandle& a_negated, const ExpHandle& a_exp)
 
 ExpHandle rotateAndMask(long a_from, long a_to, long a_rotation_amount, const ExpHandle& a_exp)
 {
-    std::ostream& out = *getOutFile();
+    misc::Writer out(*getOutFile());
     out << "%in rotateAndMask" << '\n'
         << "%rotation amount = " << a_rotation_amount << '\n'
         << "%from_idx = " << a_from << '\n'

@@ -6,14 +6,14 @@
 #ifndef VELCOR_MISC_TRACE_H
 #define VELCOR_MISC_TRACE_H
 
-#include <ostream>
+#include "misc/writer.h"
 
 namespace misc {
 
 // Standard output, or a sink that drops everything when quiet.
-std::ostream& traceOut();
+Writer traceOut();
 // Standard error, or the same sink when quiet.
-std::ostream& traceErr();
+Writer traceErr();
 
 void setQuiet(bool a_quiet);
 bool isQuiet();

@@ -220,6 +220,24 @@ TEST(ExpressionOperationsTest, CopiesCanBeChangedWithoutTouchingTheOriginal)
     EXPECT_TRUE(test_copy == test);
 }
 
+TEST(ExpressionOperationsTest, ACopyMakesNumericOperandsAnewAndSharesNamedOnes)
+{
+    RunFixture run(CVC);
+    // A numeric operand has no name: its variable is equal only to itself,
+    // so the copy of a value over it is not equal to the value.
+    TN minus_four(-4L);
+    ExpHandle sum = bin(ADD, var("r5"), ExpHandle(new VarExp(&minus_four)));
+    ExpHandle copy = sum->copyExp(sum);
+    EXPECT_FALSE(copy == sum);
+    EXPECT_TRUE(copy == copy);
+    EXPECT_EQ(text(copy), "(r5+-4)");
+    EXPECT_NE(copy->rightValue().data(), sum->rightValue().data());
+    // A named variable compares by name, copied or not.
+    EXPECT_EQ(copy->leftValue().data(), sum->leftValue().data());
+    ExpHandle named = bin(ADD, var("r5"), var("r6"));
+    EXPECT_TRUE(named->copyExp(named) == named);
+}
+
 TEST(ExpressionOperationsTest, CopyingNormalizesAChangedConditionalAgain)
 {
     RunFixture run(CVC);

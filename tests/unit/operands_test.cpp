@@ -200,6 +200,39 @@ TEST(SymbolsTest, RegisteringAgainKeepsTheOperandObject)
     EXPECT_FALSE(table.isIn("unknown"));
 }
 
+TEST(SymbolsTest, RegisteringAgainSetsTheOperandAfreshEvenWhenNothingElseChanges)
+{
+    RunFixture run;
+    Symbols& table = run.symbols();
+    // A typed registration sets every field, the address flag included.
+    TN* cell = table.addTN(TN_SYMBOL, "STACK8");
+    cell->setIsAddress(true);
+    EXPECT_EQ(table.addTN(TN_SYMBOL, "STACK8"), cell);
+    EXPECT_FALSE(cell->isAddress());
+    // Registering an operand object updates name, value and kind only.
+    cell->setIsAddress(true);
+    EXPECT_EQ(table.addNamedTN(TN_SYMBOL, "STACK8"), cell);
+    EXPECT_TRUE(cell->isAddress());
+    TN* mapped = table.addTN(TN_SYM_REG, "MEM[4+r3]");
+    EXPECT_EQ(table.addNamedTN(TN_SYMBOL, "MEM[4+r3]"), mapped);
+    EXPECT_EQ(mapped->TNType(), TN_SYMBOL);
+    // A value set otherwise goes back to the one the name gives.
+    TN* r7 = table.addTN(TN_SYM_REG, "r7", 3L);
+    EXPECT_EQ(table.addTN(TN_SYM_REG, "r7"), r7);
+    EXPECT_EQ(r7->TNValue(), 7);
+}
+
+TEST(SymbolsTest, RegisteringAgainUnderANameTheSyntaxChanges)
+{
+    RunFixture run(ICS);
+    Symbols& table = run.symbols();
+    TN* first = table.addNamedTN(TN_SYMBOL, "my_cell");
+    EXPECT_STREQ(first->TNName(), "myXcell");
+    EXPECT_EQ(table.addNamedTN(TN_SYMBOL, "my_cell"), first);
+    EXPECT_EQ(table.addTN(TN_SYM_REG, "my_cell"), first);
+    EXPECT_EQ(first->TNType(), TN_SYM_REG);
+}
+
 TEST(SymbolsTest, DeclarationsByKindInTableOrder)
 {
     RunFixture run;
