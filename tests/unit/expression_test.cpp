@@ -64,7 +64,8 @@ TEST(HandleTest, LastHandleDestroysExactlyOnce)
         ExpHandle third;
         third = second;
         EXPECT_EQ(first.count(), 3);
-        third = third; // self-assignment keeps the node
+        ExpHandle& same = third;
+        third = same; // self-assignment keeps the node
         second = first;
         EXPECT_EQ(first.count(), 3);
         first = num(1);
