@@ -10,7 +10,8 @@
 # median processor time (user + system) of each, their ratio, velcor's time
 # per 1,000 lines, the largest peak resident memory of velcor's runs, the
 # size of a_stdout0, and the growth of velcor's time against the growth of
-# size. Without the cross assembler and objdump (Debian
+# size; then, for the exact obligations, the median time of velcor -smt2,
+# its ratio to the -cvc time, and the size of its output per listing line. Without the cross assembler and objdump (Debian
 # binutils-powerpc-linux-gnu) the objdump columns show "-".
 set -eu
 top=$(cd "$(dirname "$0")/.." && pwd)
@@ -36,7 +37,8 @@ median() { sort -n | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }'; }
 
 work=$dir/runs
 mkdir -p "$work"
-printf '%8s %10s %10s %7s %14s %10s %14s %14s\n' lines "velcor (s)" "objdump (s)" ratio "s/1000 lines" "peak (MB)" "a_stdout0 (B)" "growth"
+printf '%8s %10s %10s %7s %14s %10s %14s %14s %9s %9s %11s\n' lines "velcor (s)" "objdump (s)" ratio "s/1000 lines" "peak (MB)" \
+    "a_stdout0 (B)" "growth" "smt2 (s)" "smt2/cvc" "smt2 B/line"
 previous_lines=""
 previous_time=""
 for lines in $sizes; do
@@ -49,6 +51,7 @@ for lines in $sizes; do
     fi
     velcor_times=""
     objdump_times=""
+    smt2_times=""
     peak_kb=0
     attempt=0
     while [ "$attempt" -lt "$runs" ]; do
@@ -62,6 +65,15 @@ for lines in $sizes; do
         velcor_times="$velcor_times$4
 "
         [ "$2" -gt "$peak_kb" ] && peak_kb=$2
+        result=$(cd "$case_dir" && "$dir/bench/measure" smt2.stdout smt2.stderr "$dir/velcor" step.s -d node.elf -u node.c \
+            -n step -smt2 -o step.smt2)
+        set -- $result
+        if [ "$3" != 0 ]; then
+            echo "velcor -smt2 failed on $lines lines (status $3); see $case_dir/smt2.stderr" >&2
+            exit 1
+        fi
+        smt2_times="$smt2_times$4
+"
         if [ "$cross" = yes ]; then
             result=$(cd "$case_dir" && "$dir/bench/measure" objdump.out objdump.err "$objdump" -d -M raw step.o)
             set -- $result
@@ -81,13 +93,17 @@ for lines in $sizes; do
         ratio=$(awk -v t="$time" -v o="$objdump_time" 'BEGIN { if (o > 0) printf "%.2f", t / o; else printf "-" }')
     fi
     bytes=$(wc -c <"$case_dir/a_stdout0" | tr -d ' ')
+    smt2_time=$(printf '%s' "$smt2_times" | median)
+    smt2_bytes=$(wc -c <"$case_dir/step.smt2" | tr -d ' ')
     growth=""
     if [ -n "$previous_lines" ]; then
         growth=$(awk -v l="$lines" -v pl="$previous_lines" -v t="$time" -v pt="$previous_time" \
             'BEGIN { if (pt > 0) printf "x%.1f for x%.1f", t / pt, l / pl; else printf "-" }')
     fi
     awk -v l="$lines" -v t="$time" -v o="$objdump_time" -v r="$ratio" -v k="$peak_kb" -v b="$bytes" -v g="$growth" \
-        'BEGIN { printf "%8d %10.3f %10s %7s %14.4f %10.1f %14d %14s\n", l, t, o, r, t * 1000 / l, k / 1024, b, g }'
+        -v st="$smt2_time" -v sb="$smt2_bytes" \
+        'BEGIN { printf "%8d %10.3f %10s %7s %14.4f %10.1f %14d %14s %9.3f %9.2f %11.1f\n", l, t, o, r, t * 1000 / l,
+                 k / 1024, b, g, st, (t > 0 ? st / t : 0), sb / l }'
     previous_lines=$lines
     previous_time=$time
 done
