@@ -75,19 +75,65 @@ for executable in "$top"/tests/e2e/cases/*/exe; do
 done
 
 status=0
+# CPU seconds (user and system) of the script's finished children so far
+# (times in this shell itself: a subshell would count only its own).
+child_seconds() {
+    times >"$dir/times"
+    awk 'NR == 2 {
+        total = 0
+        for (i = 1; i <= 2; i++) { split($i, part, "m"); total += part[1] * 60 + part[2] }
+        printf "%.2f\n", total }' "$dir/times"
+}
+# The CPU seconds between the counts in cpu0 and cpu1.
+cpu_since() { awk 'NR == FNR { start = $1; next } { print $1 - start }' "$dir/cpu0" "$dir/cpu1"; }
+now() { date +%s.%N; }
+# final_stat NAME: a value of the fuzzer's final statistics in $log.
+final_stat() { awk -v name="stat::$1:" '$1 == name { print $2 }' "$log"; }
+# rate COUNT SECONDS: executions per second, as a whole number.
+rate() { awk -v count="$1" -v seconds="$2" 'BEGIN { printf "%d", (seconds > 0 ? count / seconds : 0) }'; }
 run() { # target corpus max-len [libFuzzer options...]
     target=$1 corpus=$2 max_len=$3
     shift 3
+    # Memory: 512 MB at most, and no single allocation above it (the
+    # fuzzer's malloc limit follows the RSS limit). Time: the targets bound
+    # the work of one input, so 10 s is a hang.
+    limits="-timeout=10 -rss_limit_mb=512 -max_len=$max_len"
+    log=$dir/$target.log
+
+    # The seed corpus alone, each input run ten times in a row.
+    seeds_n=$(ls "$seeds/$corpus" | wc -l)
+    child_seconds >"$dir/cpu0"
+    t0=$(now)
+    (cd "$dir/artifacts" && "$dir/fuzz/$target" $limits -runs=10 "$@" "$seeds/$corpus"/* >"$log.seeds" 2>&1) || {
+        echo "FAIL: $target on its seeds (see $log.seeds)"
+        tail -n 40 "$log.seeds"
+        status=1
+        return
+    }
+    t1=$(now)
+    child_seconds >"$dir/cpu1"
+    count=$((seeds_n * 10))
+    wall=$(awk -v a="$t0" -v b="$t1" 'BEGIN { print b - a }')
+    cpu=$(cpu_since)
+    echo "$target: seeds: $count executions, $(rate "$count" "$wall") exec/s ($(rate "$count" "$cpu") per CPU second)"
+
     echo "Fuzzing $target for $seconds s"
+    child_seconds >"$dir/cpu0"
     (cd "$dir/artifacts" &&
-        "$dir/fuzz/$target" -max_total_time="$seconds" -timeout=25 -rss_limit_mb=2048 -max_len="$max_len" \
-            -print_final_stats=1 -artifact_prefix="$dir/artifacts/$target-" "$@" \
-            "$dir/corpus/$corpus" "$seeds/$corpus" >"$dir/$target.log" 2>&1) || {
-        echo "FAIL: $target (see $dir/$target.log and $dir/artifacts)"
-        tail -n 40 "$dir/$target.log"
+        "$dir/fuzz/$target" -max_total_time="$seconds" $limits -print_final_stats=1 \
+            -artifact_prefix="$dir/artifacts/$target-" "$@" \
+            "$dir/corpus/$corpus" "$seeds/$corpus" >"$log" 2>&1) || {
+        echo "FAIL: $target (see $log and $dir/artifacts)"
+        tail -n 40 "$log"
         status=1
     }
-    grep -E '^stat::(number_of_executed_units|new_units_added|peak_rss_mb)' "$dir/$target.log" || true
+    child_seconds >"$dir/cpu1"
+    count=$(final_stat number_of_executed_units)
+    [ -n "$count" ] || return 0
+    cpu=$(cpu_since)
+    echo "$target: $count executions, $(final_stat average_exec_per_sec) exec/s ($(rate "$count" "$cpu") per CPU" \
+        "second), peak RSS $(final_stat peak_rss_mb) MB, $(final_stat new_units_added) new units," \
+        "slowest $(final_stat slowest_unit_time_sec) s"
 }
 run fuzz_listing listing 8192 -dict="$top/fuzz/listing.dict"
 run fuzz_executable executable 4096
