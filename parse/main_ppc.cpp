@@ -323,8 +323,7 @@ void resetRunState()
     parse_basic_blocks = nullptr;
     machine.clear();
     commonAssertions.clear();
-    delete proposition_handler;
-    proposition_handler = new propositionHandler(PROPOSITION_CAPACITY);
+    proposition_handler->clear();
     dwarf_debug_o.clear();
     delete parse_symbol_table;
     parse_symbol_table = nullptr;
