@@ -38,7 +38,7 @@ constexpr std::size_t KEPT_STACK_BYTES = std::size_t(8) << 20;
 // fuzzer's memory limit.
 constexpr std::size_t NODE_LIMIT = 400000;
 // Instruction instances of the exact translation once loops are unrolled.
-constexpr std::size_t INSTANCE_LIMIT = 20000;
+constexpr std::size_t INSTANCE_LIMIT = 4000;
 
 // Counts what is written and keeps none of it; past a_cap (0: none) the
 // write throws, which the driver takes as an orderly stop.
