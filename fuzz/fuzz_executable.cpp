@@ -35,13 +35,12 @@ fuzz::Runner* runner = nullptr;
 fuzz::MemoryFile* listing = nullptr;
 fuzz::MemoryFile* executable = nullptr;
 
+// One search for the whole input: a comparison at each offset costs a
+// sanitizer check each, and took a fifth of the time of a run.
 bool contains(const std::uint8_t* a_data, std::size_t a_size, const char* a_text)
 {
     std::size_t length = std::strlen(a_text) + 1; // with its NUL, as the entries hold it
-    for (std::size_t i = 0; i + length <= a_size; ++i)
-        if (std::memcmp(a_data + i, a_text, length) == 0)
-            return true;
-    return false;
+    return memmem(a_data, a_size, a_text, length) != nullptr;
 }
 
 } // namespace
