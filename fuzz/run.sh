@@ -4,7 +4,8 @@
 #   fuzz/run.sh [SECONDS]      default 60
 # Seeds: the listings and executables of the end-to-end cases and the
 # example, executables compiled from the tests' C step functions, and, for
-# the listing, the executables whose node's code the cases read. Any crash,
+# the listing, the executables whose node's code the cases read and the code
+# of the instruction checks. Any crash,
 # sanitizer report, leak, timeout or memory blow-up
 # fails the script; the input that caused it is left in build-fuzz/artifacts.
 set -eu
@@ -27,6 +28,17 @@ for listing in "$top"/tests/e2e/cases/*/*.s "$top"/examples/*.s "$top"/fuzz/seed
     [ -f "$listing" ] || continue
     n=$((n + 1))
     cp "$listing" "$seeds/listing/$n.s"
+done
+# The code of the instruction checks, one listing a file, for the exact
+# syntax (branches left out: their targets are offsets within one check).
+for checks in "$top"/tests/semantic/instructions/*.checks; do
+    [ -f "$checks" ] || continue
+    n=$((n + 1))
+    awk '$1 == "code" && $0 !~ /</ {
+        sub(/^ *code +/, "")
+        printf "%08x: <node+%d>: %s\n", 268435456 + offset, offset, $0
+        offset += 4
+    }' "$checks" >"$seeds/listing/$n.s"
 done
 # Executables given as the listing: the node's code is read from them.
 for description in "$top"/tests/e2e/cases/executable_*/prog.dwarf; do
