@@ -92,6 +92,11 @@ std::ostream* setOutStream(std::ostream* a_stream)
     return previous;
 }
 
+bool outStreamIsSet()
+{
+    return m_redirect != nullptr;
+}
+
 void resetCommon()
 {
     if (m_out_buffer.isOpen())

@@ -28,6 +28,7 @@ bool outFileIsOpen();
 // lets a run be embedded or observed without touching the file system.
 // Returns the stream that was in place before.
 std::ostream* setOutStream(std::ostream* a_stream);
+bool outStreamIsSet();
 // Back to the state of a new process: file closed, counter 0, syntax ICS,
 // the no-if flag clear, the CVC assertion keywords restored.
 void resetCommon();

@@ -102,11 +102,14 @@ void banner(int a_stars, const std::string& a_text)
 }
 
 // The output file: a_stdout0 of the working directory, created at once, or
-// the file of -o, which only a complete run replaces.
+// the file of -o, which only a complete run replaces. An embedding that
+// took the output for itself (setOutStream) gets no a_stdout0.
 std::unique_ptr<ReplacingFile> openOutput(const CommandLine& a_line)
 {
     if (a_line.m_output)
         return std::make_unique<ReplacingFile>(a_line.m_output);
+    if (outStreamIsSet())
+        return nullptr;
     setOutFile("a_stdout");
     if (!outFileIsOpen())
         stopRun("Cannot create output file a_stdout0\n");
@@ -318,7 +321,7 @@ int runVelcor(int argc, char** argv, AfterRun a_after)
         std::cout.flush();
         // A stream that failed (an embedding's stream may stop the run
         // itself by failing) has nothing to flush, and may throw if asked.
-        if (outFileIsOpen() && getOutFile()->good())
+        if ((outFileIsOpen() || outStreamIsSet()) && getOutFile()->good())
             getOutFile()->flush();
         std::cerr << stop.message();
         std::cerr.flush();
@@ -340,8 +343,7 @@ void resetRunState()
     parse_basic_blocks = nullptr;
     machine.clear();
     commonAssertions.clear();
-    delete proposition_handler;
-    proposition_handler = new propositionHandler(PROPOSITION_CAPACITY);
+    proposition_handler->clear();
     dwarf_debug_o.clear();
     delete parse_symbol_table;
     parse_symbol_table = nullptr;

@@ -15,6 +15,16 @@ propositionHandler::propositionHandler(int a_size)
     m_propositions[0] = new ConstExp(1);
 }
 
+void propositionHandler::clear()
+{
+    for (int id = 1; id <= m_next_index; ++id) {
+        m_propositions[id] = nullptr;
+        m_expressions[id] = nullptr;
+    }
+    m_propositions[0] = new ConstExp(1);
+    m_next_index = 0;
+}
+
 int propositionHandler::setNextProposition(const ExpHandle& a_exp)
 {
     VELCOR_ASSERT(!a_exp.isNull());

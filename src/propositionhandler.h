@@ -13,6 +13,10 @@ public:
     // Numbers 1 to a_size - 1 can be handed out; 0 is the constant true.
     explicit propositionHandler(int a_size);
 
+    // Back to the state of a new registry of the same capacity, without
+    // building one (a new run in the same process).
+    void clear();
+
     // Registers a condition and returns its number; a registration beyond
     // the capacity ends the run.
     int setNextProposition(const ExpHandle& a_exp);

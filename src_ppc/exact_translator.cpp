@@ -54,6 +54,8 @@ struct ExactTranslator::Instance {
     std::vector<Incoming> m_incoming;
 };
 
+std::size_t ExactTranslator::s_instance_limit = ExactTranslator::MAX_INSTANCES;
+
 ExactTranslator::ExactTranslator(const ConstantMemory* a_constants, std::string a_listing_name, int a_unroll)
     : m_constants(a_constants), m_listing_name(std::move(a_listing_name)), m_unroll(a_unroll)
 {
@@ -307,8 +309,8 @@ void ExactTranslator::unroll()
         }
         if (known && *known >= 0)
             return *known;
-        if (m_instances.size() >= MAX_INSTANCES)
-            stopCapacity("more than " + std::to_string(MAX_INSTANCES) +
+        if (m_instances.size() >= s_instance_limit)
+            stopCapacity("more than " + std::to_string(s_instance_limit) +
                          " instructions once loops are unrolled (a smaller -unroll bound helps)");
         int id = static_cast<int>(m_instances.size());
         m_instances.emplace_back();

@@ -35,8 +35,11 @@ struct ExactResult {
 class ExactTranslator {
 public:
     static constexpr int DEFAULT_UNROLL = 64;
-    // At most this many instructions once loops are unrolled.
-    static constexpr std::size_t MAX_INSTANCES = 2000000;
+    // At most this many instructions once loops are unrolled, by default
+    // (each costs a few hundred bytes with its terms). Embeddings with less
+    // memory to spare may lower it.
+    static constexpr std::size_t MAX_INSTANCES = 500000;
+    static void setInstanceLimit(std::size_t a_limit) { s_instance_limit = a_limit; }
     // At most this many entries are read from one jump table.
     static constexpr int MAX_TABLE_ENTRIES = 4096;
 
@@ -75,6 +78,8 @@ private:
     int pathChild(int a_parent, smt::Term a_literal);
     void merge(std::vector<Incoming>& a_incoming, int& a_path, MachineState& a_state);
     smt::Term proposition(ExactResult& a_result, smt::Term a_condition);
+
+    static std::size_t s_instance_limit;
 
     const ConstantMemory* m_constants;
     std::unique_ptr<smt::TermTable> m_terms;

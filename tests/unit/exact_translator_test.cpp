@@ -105,6 +105,18 @@ std::string stopMessage(const std::function<void()>& a_run)
     return "";
 }
 
+// r5 = 0; do { r5 += 7; } while (--ctr != 0), with ctr = r4.
+Listing countedLoop()
+{
+    Listing listing;
+    listing.line(0x100, 0, op("mtspr"), {num(9), reg("r4")})
+        .line(0x104, 4, op("addi"), {reg("r5"), reg("r0"), num(0)})
+        .line(0x108, 8, op("addi"), {reg("r5"), reg("r5"), num(7)})
+        .line(0x10c, 12, op("bc"), {num(16), num(0), target(8)})
+        .line(0x110, 16, op("bclr"), {num(20), num(0)});
+    return listing;
+}
+
 TEST(ExactTranslation, PathsThatMeetAreChosenByTheirBranch)
 {
     // if (r4 == 0) r5 = 1; else r5 = 2; store r5 at 0(r3)
@@ -137,13 +149,7 @@ TEST(ExactTranslation, PathsThatMeetAreChosenByTheirBranch)
 
 TEST(ExactTranslation, LoopsGoRoundUpToTheBound)
 {
-    // r5 = 0; do { r5 += 7; } while (--ctr != 0), with ctr = r4.
-    Listing listing;
-    listing.line(0x100, 0, op("mtspr"), {num(9), reg("r4")})
-        .line(0x104, 4, op("addi"), {reg("r5"), reg("r0"), num(0)})
-        .line(0x108, 8, op("addi"), {reg("r5"), reg("r5"), num(7)})
-        .line(0x10c, 12, op("bc"), {num(16), num(0), target(8)})
-        .line(0x110, 16, op("bclr"), {num(20), num(0)});
+    Listing listing = countedLoop();
     ExactTranslator translator(nullptr, "listing.s", 3);
     ExactResult result = translator.translate(listing.lines());
     smt::TermTable& t = translator.terms();
@@ -161,6 +167,26 @@ TEST(ExactTranslation, LoopsGoRoundUpToTheBound)
     // Left after one, two or three rounds.
     EXPECT_EQ(result.m_final.m_gpr[5],
               t.ite(p1, t.ite(p2, t.bitVec(32, 21), t.bitVec(32, 14)), t.bitVec(32, 7)));
+}
+
+TEST(ExactTranslation, InstancesPastTheLimitEndTheRunAsACapacity)
+{
+    // Three rounds of a two-instruction loop, and one instance each of the
+    // three instructions around it: nine instances.
+    Listing listing = countedLoop();
+    struct Limit {
+        explicit Limit(std::size_t a_limit) { ExactTranslator::setInstanceLimit(a_limit); }
+        ~Limit() { ExactTranslator::setInstanceLimit(ExactTranslator::MAX_INSTANCES); }
+    };
+    {
+        Limit limit(9);
+        ExactTranslator translator(nullptr, "listing.s", 3);
+        EXPECT_EQ(translator.translate(listing.lines()).m_propositions.size(), 3u);
+    }
+    Limit limit(8);
+    ExactTranslator translator(nullptr, "listing.s", 3);
+    EXPECT_EQ(stopMessage([&] { translator.translate(listing.lines()); }),
+              "Capacity exhausted: more than 8 instructions once loops are unrolled (a smaller -unroll bound helps)\n");
 }
 
 TEST(ExactTranslation, CallsChangeWhatACalleeMayChange)

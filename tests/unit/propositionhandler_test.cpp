@@ -31,6 +31,25 @@ TEST(PropositionHandlerTest, KnownNamesKeepTheirOperandAndCapacityEndsTheRun)
     EXPECT_FALSE(run.symbols().isIn("p10"));
 }
 
+TEST(PropositionHandlerTest, ClearedRegistryNumbersAgainWithItsWholeCapacity)
+{
+    RunFixture run(CVC);
+    OutputCapture output;
+    propositionHandler registry(4);
+    ExpHandle condition = new VarExp("c");
+    for (int round = 0; round < 2; ++round) {
+        for (int i = 1; i <= 3; ++i)
+            EXPECT_EQ(registry.setNextProposition(condition), i);
+        EXPECT_EQ(condition.count(), 4);
+        registry.clear();
+        // It lets go of what it held, and proposition 0 is true again.
+        EXPECT_EQ(condition.count(), 1);
+        EXPECT_EQ(registry.lastIndex(), 0);
+        EXPECT_TRUE(registry.getExp(3).isNull());
+        EXPECT_EQ(registry.getProposition(0)->constValue(), 1);
+    }
+}
+
 TEST(PropositionHandlerTest, PrintAllDecidesConstantConditions)
 {
     RunFixture run(CVC);
