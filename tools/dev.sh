@@ -73,7 +73,10 @@ check)
     build build -DVELCOR_TESTS=ON
     (cd build && ctest --output-on-failure --no-tests=error -j "$jobs")
     build build-sanitize -DVELCOR_TESTS=ON -DVELCOR_SANITIZE=ON
-    (cd build-sanitize && ctest --output-on-failure --no-tests=error -j "$jobs")
+    # The compiled step functions and the solvers' reading of every case's
+    # file spend their time in the cross compiler, qemu and the solvers, not
+    # in velcor: they run once, above.
+    (cd build-sanitize && ctest --output-on-failure --no-tests=error -j "$jobs" -E '^semantic[.](nodes|smt2_accepted)')
     if [ -f fuzz/run.sh ]; then sh fuzz/run.sh "${FUZZ_SECONDS:-60}"; fi
     echo "All tests passed."
     ;;
