@@ -17,11 +17,17 @@ EMULATOR = "qemu-ppc"
 SKIPPED = 77
 QUERY_SECONDS = 60
 SESSION_SECONDS = 1800
-# The solvers, as they read a script of several queries.
-SOLVERS = {
-    "z3": ["z3", "-smt2", "-t:%d" % (QUERY_SECONDS * 1000)],
-    "cvc5": ["cvc5", "--incremental", "--lang", "smt2", "--tlimit-per=%d" % (QUERY_SECONDS * 1000)],
-}
+
+
+def solver_command(solver, seconds=QUERY_SECONDS):
+    """The solver's command line to read a script of several queries, each
+    given at most seconds."""
+    if solver == "z3":
+        return ["z3", "-smt2", "-t:%d" % (seconds * 1000)]
+    return ["cvc5", "--incremental", "--lang", "smt2", "--tlimit-per=%d" % (seconds * 1000)]
+
+
+SOLVERS = {solver: solver_command(solver) for solver in ("z3", "cvc5")}
 # What each needs to answer get-value.
 MODEL_OPTIONS = {"z3": [], "cvc5": ["--produce-models"]}
 # What each needs to read its commands from a pipe as they come.
@@ -38,12 +44,13 @@ def skip_notice(what, tools):
     return SKIPPED
 
 
-def run_solver(solver, script_path, extra=()):
+def run_solver(solver, script_path, extra=(), seconds=SESSION_SECONDS):
     """The lines a solver prints for a whole script, what it wrote on
-    standard error, and the seconds it took."""
+    standard error, and the seconds it took (subprocess.TimeoutExpired
+    after seconds)."""
     started = time.monotonic()
     run = subprocess.run(SOLVERS[solver] + list(extra) + [script_path], capture_output=True, text=True,
-                         timeout=SESSION_SECONDS)
+                         timeout=seconds)
     return run.stdout.split("\n"), run.stderr, time.monotonic() - started
 
 
@@ -55,9 +62,9 @@ class InteractiveSolver:
     """One solver process fed through a pipe: commands are sent as they are
     made, and each (check-sat) is answered and timed on its own."""
 
-    def __init__(self, solver):
+    def __init__(self, solver, seconds=QUERY_SECONDS):
         self.m_name = solver
-        self.m_process = subprocess.Popen(SOLVERS[solver] + MODEL_OPTIONS[solver] + PIPE_OPTIONS[solver],
+        self.m_process = subprocess.Popen(solver_command(solver, seconds) + MODEL_OPTIONS[solver] + PIPE_OPTIONS[solver],
                                           stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                           stderr=subprocess.STDOUT, text=True)
 
@@ -73,6 +80,11 @@ class InteractiveSolver:
         started = time.monotonic()
         answer = self.read_line()
         return answer, time.monotonic() - started
+
+    def sync(self):
+        """Waits until the solver has read what was sent."""
+        self.send(['(echo "ready")'])
+        self.read_line()
 
     def get_value(self, terms):
         """The solver's text for (get-value (terms...)), all on one line."""

@@ -1,5 +1,6 @@
 /* A loop over a small array in the structure: sum, maximum and the count
  * of positive elements. */
+/* unroll: 7 */
 #include "harness.h"
 
 struct state {

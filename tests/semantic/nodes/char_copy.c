@@ -1,5 +1,6 @@
 /* Byte arrays copied and filtered in loops (lbz, stb and their update
  * forms, CTR loops at -O2). */
+/* unroll: 9 */
 #include "harness.h"
 
 struct state {

@@ -1,5 +1,6 @@
 /* A loop that may leave early: find the first element above a limit
  * (bdz and bdnz with a condition: bc 18 and friends at -O2). */
+/* unroll: 7 */
 #include "harness.h"
 
 struct state {

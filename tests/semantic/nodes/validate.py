@@ -9,9 +9,9 @@ function of this directory. Each node is compiled with powerpc-linux-gnu-gcc
 at LEVEL (and the flags of its "cflags:" comment line) and linked with
 harness.c into a static executable, which runs the step under qemu-ppc on
 VELCOR_SEMANTIC_INPUTS pseudo-random states (20 unless set). velcor writes
-the obligations of the executable's step (-smt2), and z3 and cvc5, each one
-process per node that starts afresh for each query, must answer for it, with r3 and
-r1 as the step got them and the structures' bytes before the step in MEM:
+the obligations of the executable's step (-smt2, -unroll of the node's
+"unroll:" line, else 1), and z3 and cvc5, one process each per node, must
+answer, with r3 and r1 as the step got them and the structures' bytes before the step in MEM:
 sat to the obligations, and unsat once some byte of the structures in PMEM
 differs from what the step wrote (a float that is a NaN after the step only
 has to be a NaN: the obligations leave NaN payloads free).
@@ -20,10 +20,13 @@ A node that velcor refuses for an instruction without exact meaning is
 listed with the reason, which must be one that the README names (float
 record forms, tw and twi, special registers other than LR and CTR).
 
+A solver that gives up on a query (unknown, after QUERY_SECONDS) leaves the
+node not validated, with that reason; it is no wrong answer.
+
 Prints "N of M functions validated" (M: the nodes at this level), each
 other node with its reason, and the distribution of each solver's times per
-query. Exit status 0 when every node is validated or refused for a named
-reason, 1 otherwise, 77 when a tool is absent.
+query. Exit status 1 on a wrong answer or a refusal for a reason the README
+does not name, 77 when a tool is absent, 0 otherwise.
 """
 
 import glob
@@ -33,6 +36,7 @@ import statistics
 import subprocess
 import sys
 import tempfile
+import time
 
 sys.dont_write_bytecode = True
 HERE = os.path.dirname(os.path.abspath(__file__))
@@ -41,6 +45,15 @@ from toolchain import COMPILER, EMULATOR, SOLVERS, InteractiveSolver, SolverErro
 
 LEVELS = ("O0", "O1", "O2", "Os")
 DEFAULT_FLAGS = ["-fno-pie"]
+# How often the obligations follow a loop round: a node with a loop says
+# ("unroll: N") one more than its rounds, which shows each exit and keeps
+# the obligations small (they grow with the square of the bound at -O0).
+UNROLL = ["1"]
+# A solver that gives up on a query (unknown) is asked no more about the
+# node: that is no wrong answer, but the node is not validated.
+QUERY_SECONDS = 20
+# The bytes of memory besides the structures' (the stack, the rest).
+OTHER_BYTES = "other_bytes"
 # The instructions the README lists as without exact meaning, as velcor names them.
 NAMED_REFUSALS = re.compile(r"no exact semantics for (f[a-z]+\.|tw|twi|m[ft]spr of special register \d+)$")
 
@@ -57,21 +70,22 @@ def run(command, cwd, timeout=300):
     return done.stdout
 
 
-def compile_flags(source):
-    """The node's own flags (its "cflags:" line) or the default."""
+def node_setting(source, name, default):
+    """The words of the node's comment line "NAME: WORDS", or default."""
     with open(source) as text:
         for line in text:
-            found = re.search(r"cflags:(.*?)(\*/)?$", line)
+            found = re.search(r"\b%s:(.*?)(\*/)?$" % name, line)
             if found:
                 return found.group(1).split()
-    return DEFAULT_FLAGS
+    return default
 
 
 def build(source, level, harness, work):
     """The node's static executable."""
     node = os.path.join(work, "node.o")
     program = os.path.join(work, os.path.basename(source)[:-2] + "." + level)
-    run([COMPILER, "-" + level, "-g", "-I", HERE, "-c", "-o", node] + compile_flags(source) + [source], work)
+    run([COMPILER, "-" + level, "-g", "-I", HERE, "-c", "-o", node] + node_setting(source, "cflags", DEFAULT_FLAGS) +
+        [source], work)
     run([COMPILER, "-static", "-no-pie", "-o", program, node, harness], work)
     return program
 
@@ -133,7 +147,7 @@ def obligations(velcor, program, source, work):
     """The obligations' lines, or the reason velcor refused the node."""
     output = os.path.join(work, "obligations.smt2")
     done = subprocess.run([velcor, program, "-d", program, "-u", os.path.basename(source), "-n", "step", "-smt2",
-                           "-q", "-o", output], cwd=work, capture_output=True, text=True, timeout=300)
+                           "-unroll"] + node_setting(source, "unroll", UNROLL) + ["-q", "-o", output], cwd=work, capture_output=True, text=True, timeout=300)
     if done.returncode == 0 and not done.stderr:
         with open(output) as text:
             return text.read().split("\n"), None
@@ -180,37 +194,59 @@ class Validation:
 
     def __init__(self, solver_name):
         self.m_solver = solver_name
-        self.m_problems = []
+        self.m_problems = []  # wrong answers
+        self.m_undecided = None  # the first query the solver gave up on
         self.m_times = []
 
     def run(self, lines, layout, runs):
-        solver = InteractiveSolver(self.m_solver)
+        # Each query starts from no assertion, for the solvers answer within
+        # milliseconds what takes them seconds after an earlier (check-sat)
+        # or under push and pop, where they drop their preprocessing; the
+        # definitions stay, since parsing them again is most of z3's time.
+        definitions = [line for line in lines if not line.startswith("(assert")]
+        assertions = [line for line in lines if line.startswith("(assert")]
+        if any(line.count("(") != line.count(")") for line in assertions):
+            raise NodeFailure("an assertion of the obligations spans several lines")
+        solver = InteractiveSolver(self.m_solver, QUERY_SECONDS)
         try:
+            solver.send(["(set-option :global-declarations true)"] + definitions +
+                        ["(declare-const %s (Array (_ BitVec 32) (_ BitVec 8)))" % OTHER_BYTES])
+            solver.sync()  # the queries' times leave the parsing out
             for one in runs:
-                self.ask(solver, lines, layout, one)
+                if self.m_undecided:
+                    break
+                self.ask(solver, assertions, layout, one)
         except SolverError as error:
             self.m_problems.append(str(error))
         finally:
             solver.close()
 
-    def ask(self, solver, lines, layout, one):
+    def ask(self, solver, assertions, layout, one):
         facts = ["(assert (= r3 #x%08x))" % layout.m_state, "(assert (= r1 #x%08x))" % one.m_r1]
-        facts += ["(assert (= %s #x%02x))" % (byte_term("MEM", address), byte)
-                  for address, byte in zip(layout.addresses(), one.m_before)]
-        # Each query afresh: the solvers answer within milliseconds what
-        # takes them seconds after an earlier (check-sat) or under push and
-        # pop, where they drop their preprocessing.
-        solver.send(["(reset)"] + lines + facts)
+        # MEM as the structures' bytes stored over the other bytes: the
+        # solvers substitute it and fold the code's arithmetic to constants,
+        # which they do not do from facts about single bytes.
+        memory = OTHER_BYTES
+        for address, byte in zip(layout.addresses(), one.m_before):
+            memory = "(store %s #x%08x #x%02x)" % (memory, address, byte)
+        facts.append("(assert (= MEM %s))" % memory)
+        solver.send(["(reset-assertions)"] + assertions + facts)
         answer, seconds = solver.check_sat()
         self.m_times.append(seconds)
-        if answer != "sat":
+        if answer == "unknown":
+            self.m_undecided = "input %d: %s gave up within %d s on the obligations and the state before" % (
+                one.m_seed, self.m_solver, QUERY_SECONDS)
+        elif answer != "sat":
             self.m_problems.append("input %d: %s answers %s, not sat, to the obligations and the state before" %
                                    (one.m_seed, self.m_solver, answer))
         else:
-            solver.send(["(reset)"] + lines + facts + ["(assert %s)" % differs(layout, one.m_after)])
+            solver.send(["(reset-assertions)"] + assertions + facts + ["(assert %s)" % differs(layout, one.m_after)])
             answer, seconds = solver.check_sat()
             self.m_times.append(seconds)
-            if answer != "unsat":
+            if answer == "unknown":
+                self.m_undecided = "input %d: %s gave up within %d s when some byte differs" % (
+                    one.m_seed, self.m_solver, QUERY_SECONDS)
+            elif answer != "unsat":
                 self.m_problems.append("input %d: %s answers %s, not unsat, when some byte differs%s" %
                                        (one.m_seed, self.m_solver, answer,
                                         self.differing_byte(solver, layout, one) if answer == "sat" else ""))
@@ -235,14 +271,17 @@ def validate(source, level, velcor, harness, inputs, times, work):
         unnamed = [reason for reason in refusal if not NAMED_REFUSALS.match(reason)]
         return bool(unnamed), "velcor: %s%s" % ("; ".join(refusal),
                                                 " (not a reason the README names)" if unnamed else "")
-    problems = []
+    problems, undecided = [], []
     for solver in SOLVERS:
         validation = Validation(solver)
         validation.run(lines, layout, runs)
         times[solver] += validation.m_times
         problems += validation.m_problems
+        undecided += [validation.m_undecided] if validation.m_undecided else []
     if problems:
         return True, "\n    ".join(problems[:6])
+    if undecided:
+        return False, "\n    ".join(undecided)
     return None
 
 
@@ -271,11 +310,13 @@ def main(arguments):
         run([COMPILER, "-O1", "-fno-pie", "-I", HERE, "-c", "-o", harness, os.path.join(HERE, "harness.c")], work)
         for source in sources:
             name = "%s -%s" % (os.path.basename(source), level)
+            started = time.monotonic()
             try:
                 outcome = validate(source, level, velcor, harness, inputs, times, work)
             except (NodeFailure, subprocess.TimeoutExpired) as error:
                 outcome = True, str(error)
             if outcome is None:
+                print("validated %s in %.1f s" % (name, time.monotonic() - started), flush=True)
                 validated += 1
                 continue
             failed = failed or outcome[0]
