@@ -20,8 +20,9 @@ A node that velcor refuses for an instruction without exact meaning is
 listed with the reason, which must be one that the README names (float
 record forms, tw and twi, special registers other than LR and CTR).
 
-A solver that gives up on a query (unknown, after QUERY_SECONDS) leaves the
-node not validated, with that reason; it is no wrong answer.
+A solver that gives up on a query (unknown, after QUERY_SECONDS), or that
+has not answered for every input after NODE_SECONDS, leaves the node not
+validated, with that reason; it is no wrong answer.
 
 Prints "N of M functions validated" (M: the nodes at this level), each
 other node with its reason, and the distribution of each solver's times per
@@ -52,6 +53,8 @@ UNROLL = ["1"]
 # A solver that gives up on a query (unknown) is asked no more about the
 # node: that is no wrong answer, but the node is not validated.
 QUERY_SECONDS = 20
+# Nor is a node whose inputs take a solver longer than this in all.
+NODE_SECONDS = 120
 # The bytes of memory besides the structures' (the stack, the rest).
 OTHER_BYTES = "other_bytes"
 # The instructions the README lists as without exact meaning, as velcor names them.
@@ -212,7 +215,11 @@ class Validation:
             solver.send(["(set-option :global-declarations true)"] + definitions +
                         ["(declare-const %s (Array (_ BitVec 32) (_ BitVec 8)))" % OTHER_BYTES])
             solver.sync()  # the queries' times leave the parsing out
-            for one in runs:
+            started = time.monotonic()
+            for number, one in enumerate(runs):
+                if not self.m_undecided and time.monotonic() - started > NODE_SECONDS:
+                    self.m_undecided = "%s answered for %d of %d inputs in %d s" % (
+                        self.m_solver, number, len(runs), NODE_SECONDS)
                 if self.m_undecided:
                     break
                 self.ask(solver, assertions, layout, one)
