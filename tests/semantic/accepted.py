@@ -31,7 +31,7 @@ FORMATS = ("-cvc", "-tlv", "-ics", "-smt2")
 # an hour: they are counted and named, not solved.
 MAX_BYTES = 1000000
 # A solver that has not answered by then is named, as no wrong answer.
-SOLVER_SECONDS = 60
+SOLVER_SECONDS = 30
 
 
 class Tools:
