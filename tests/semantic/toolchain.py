@@ -9,6 +9,7 @@ A script imports it after putting tests/semantic on its path:
 
 import shutil
 import subprocess
+import threading
 import time
 
 COMPILER = "powerpc-linux-gnu-gcc"
@@ -58,12 +59,20 @@ class SolverError(Exception):
     pass
 
 
+class SolverTimeout(SolverError):
+    """The solver did not answer in time, and was stopped."""
+
+
 class InteractiveSolver:
     """One solver process fed through a pipe: commands are sent as they are
     made, and each (check-sat) is answered and timed on its own."""
 
     def __init__(self, solver, seconds=QUERY_SECONDS):
         self.m_name = solver
+        # The solver's own limit does not cover parsing and some of its
+        # preprocessing: past twice that, it is stopped.
+        self.m_wait = 2 * seconds + 10
+        self.m_stopped = False
         self.m_process = subprocess.Popen(solver_command(solver, seconds) + MODEL_OPTIONS[solver] + PIPE_OPTIONS[solver],
                                           stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                           stderr=subprocess.STDOUT, text=True)
@@ -99,12 +108,23 @@ class InteractiveSolver:
 
     def read_line(self):
         self.m_process.stdin.flush()
-        line = self.m_process.stdout.readline()
+        watchdog = threading.Timer(self.m_wait, self.stop)
+        watchdog.start()
+        try:
+            line = self.m_process.stdout.readline()
+        finally:
+            watchdog.cancel()
+        if not line and self.m_stopped:
+            raise SolverTimeout("%s did not answer within %d s" % (self.m_name, self.m_wait))
         if not line:
             raise SolverError("%s stopped (status %s)" % (self.m_name, self.m_process.wait()))
         if line.startswith("(error"):
             raise SolverError("%s: %s" % (self.m_name, line.strip()))
         return line.strip()
+
+    def stop(self):
+        self.m_stopped = True
+        self.m_process.kill()
 
     def close(self):
         if self.m_process.poll() is None:

@@ -42,7 +42,8 @@ import time
 sys.dont_write_bytecode = True
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.dirname(HERE))
-from toolchain import COMPILER, EMULATOR, SOLVERS, InteractiveSolver, SolverError, skip_notice
+from toolchain import COMPILER, EMULATOR, SOLVERS, InteractiveSolver, SolverError, SolverTimeout,
+                       skip_notice
 
 LEVELS = ("O0", "O1", "O2", "Os")
 DEFAULT_FLAGS = ["-fno-pie"]
@@ -223,6 +224,8 @@ class Validation:
                 if self.m_undecided:
                     break
                 self.ask(solver, assertions, layout, one)
+        except SolverTimeout as error:
+            self.m_undecided = str(error)
         except SolverError as error:
             self.m_problems.append(str(error))
         finally:
