@@ -42,8 +42,8 @@ import time
 sys.dont_write_bytecode = True
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.dirname(HERE))
-from toolchain import COMPILER, EMULATOR, SOLVERS, InteractiveSolver, SolverError, SolverTimeout,
-                       skip_notice
+from toolchain import (COMPILER, EMULATOR, SOLVERS, InteractiveSolver, SolverError, SolverTimeout,
+                       skip_notice)
 
 LEVELS = ("O0", "O1", "O2", "Os")
 DEFAULT_FLAGS = ["-fno-pie"]
