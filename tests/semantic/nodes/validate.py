@@ -264,10 +264,12 @@ class Validation:
     def differing_byte(self, solver, layout, one):
         addresses = layout.addresses()
         values = solver.get_value([byte_term("PMEM", address) for address in addresses])
-        found = re.findall(r"#x([0-9a-f]{2})\)", values)
+        # A byte's value as z3 (#xNN) or cvc5 (#bNNNNNNNN) writes it.
+        found = [int(hex_digits or bits, 16 if hex_digits else 2)
+                 for hex_digits, bits in re.findall(r"#x([0-9a-f]{2})\)|#b([01]{8})\)", values)]
         for address, real, model in zip(addresses, one.m_after, found):
-            if int(model, 16) != real:
-                return ": PMEM[%08x] = #x%s, the step wrote #x%02x (before: #x%02x)" % (
+            if model != real:
+                return ": PMEM[%08x] = #x%02x, the step wrote #x%02x (before: #x%02x)" % (
                     address, model, real, one.m_before[addresses.index(address)])
         return ": %s" % values[:400]
 
