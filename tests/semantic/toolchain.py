@@ -81,7 +81,8 @@ class InteractiveSolver:
         return self.m_name
 
     def send(self, lines):
-        self.m_process.stdin.write("\n".join(lines) + "\n")
+        # A busy solver stops reading: the write waits as a read does.
+        self.guarded(lambda: self.m_process.stdin.write("\n".join(lines) + "\n"))
 
     def check_sat(self):
         """The answer to (check-sat) and the seconds it took."""
@@ -106,16 +107,23 @@ class InteractiveSolver:
                 return " ".join(lines)
             lines.append(line)
 
-    def read_line(self):
-        self.m_process.stdin.flush()
+    def guarded(self, action):
+        """action's result, the solver stopped if it takes longer than m_wait."""
         watchdog = threading.Timer(self.m_wait, self.stop)
         watchdog.start()
         try:
-            line = self.m_process.stdout.readline()
+            return action()
+        except (BrokenPipeError, ValueError):
+            if not self.m_stopped:
+                raise SolverError("%s stopped (status %s)" % (self.m_name, self.m_process.wait()))
+            return ""
         finally:
             watchdog.cancel()
-        if not line and self.m_stopped:
-            raise SolverTimeout("%s did not answer within %d s" % (self.m_name, self.m_wait))
+            if self.m_stopped:
+                raise SolverTimeout("%s did not answer within %d s" % (self.m_name, self.m_wait))
+
+    def read_line(self):
+        line = self.guarded(lambda: (self.m_process.stdin.flush(), self.m_process.stdout.readline())[1])
         if not line:
             raise SolverError("%s stopped (status %s)" % (self.m_name, self.m_process.wait()))
         if line.startswith("(error"):
