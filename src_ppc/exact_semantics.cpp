@@ -38,8 +38,24 @@ Term ExactContext::bitsOf(Term a_value)
         return m_terms.child(a_value, 0);
     Term bits = fresh("bits", Sort::bitVec(64));
     constrain(m_terms.eq(m_terms.fpFromBits(Sort::doubleFloat(), bits), a_value));
+    // The processor's arithmetic makes quiet NaNs only: without this, a
+    // single store of such a NaN could write an infinity.
+    if (isArithmeticResult(a_value))
+        constrain(m_terms.implies(m_terms.fpIsNaN(a_value),
+                                  m_terms.eq(m_terms.extract(51, 51, bits), m_terms.bitVec(1, 1))));
     m_bits_of.emplace_back(a_value, bits);
     return bits;
+}
+
+bool ExactContext::isArithmeticResult(Term a_value) const
+{
+    // Values without bits are results or the registers before the code
+    // (symbols, which may hold any NaN), joined by conditions.
+    if (m_terms.op(a_value) == smt::Op::Symbol)
+        return false;
+    if (m_terms.op(a_value) == smt::Op::Ite)
+        return isArithmeticResult(m_terms.child(a_value, 1)) && isArithmeticResult(m_terms.child(a_value, 2));
+    return true;
 }
 
 void ExactContext::pinConstants(std::uint32_t a_start, std::uint32_t a_size)

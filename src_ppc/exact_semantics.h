@@ -85,6 +85,9 @@ public:
     void pinConstants(std::uint32_t a_start, std::uint32_t a_size);
 
 private:
+    // Whether a value without bits is the result of arithmetic on every path.
+    bool isArithmeticResult(smt::Term a_value) const;
+
     smt::TermTable& m_terms;
     const ConstantMemory* m_constants;
     FloatViews m_floats;

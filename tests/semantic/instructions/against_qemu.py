@@ -13,17 +13,15 @@ when the cross compiler or qemu-ppc is absent.
 
 import os
 import re
-import shutil
 import subprocess
 import sys
 import tempfile
 
 # Tests leave the source tree as it was: no compiled module beside checks.py.
 sys.dont_write_bytecode = True
+sys.path.insert(0, os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 from checks import LISTING_BASE, CheckError, read_checks
-
-COMPILER = "powerpc-linux-gnu-gcc"
-EMULATOR = "qemu-ppc"
+from toolchain import COMPILER, EMULATOR, skip_notice
 
 # A block of low memory, reachable as displacement(0) from any instruction,
 # holds the state given to the code, the state it leaves, and what the
@@ -262,10 +260,9 @@ def run_file(path, work):
 
 
 def main(files):
-    absent = [tool for tool in (COMPILER, EMULATOR) if shutil.which(tool) is None]
-    if absent:
-        print("SKIPPED: running the checks needs %s and %s; absent: %s" % (COMPILER, EMULATOR, ", ".join(absent)))
-        return 77
+    skipped = skip_notice("running the checks", [COMPILER, EMULATOR])
+    if skipped:
+        return skipped
     failures = []
     with tempfile.TemporaryDirectory(prefix="velcor-qemu-") as work:
         for path in files:

@@ -12,26 +12,16 @@ status 0 when every check passes, 1 otherwise, 77 when a solver is absent.
 """
 
 import os
-import shutil
 import subprocess
 import sys
 import tempfile
-import time
 
 # Tests leave the source tree as it was: no compiled module beside checks.py.
 sys.dont_write_bytecode = True
-from checks import CheckError, read_checks
-
 HERE = os.path.dirname(os.path.abspath(__file__))
-QUERY_SECONDS = 60
-SESSION_SECONDS = 1800
-# The solvers, as they read a script of several queries.
-SOLVERS = {
-    "z3": ["z3", "-smt2", "-t:%d" % (QUERY_SECONDS * 1000)],
-    "cvc5": ["cvc5", "--incremental", "--lang", "smt2", "--tlimit-per=%d" % (QUERY_SECONDS * 1000)],
-}
-# What each needs to answer get-value.
-MODEL_OPTIONS = {"z3": [], "cvc5": ["--produce-models"]}
+sys.path.insert(0, os.path.dirname(HERE))
+from checks import CheckError, read_checks
+from toolchain import MODEL_OPTIONS, SESSION_SECONDS, SOLVERS, run_solver, skip_notice
 
 
 def word(value):
@@ -127,13 +117,6 @@ def obligations_of(check, velcor, executable, work):
         return [line.rstrip("\n") for line in text if not line.startswith("(set-logic")]
 
 
-def run_solver(solver, script_path, extra=()):
-    started = time.monotonic()
-    run = subprocess.run(SOLVERS[solver] + list(extra) + [script_path], capture_output=True, text=True,
-                         timeout=SESSION_SECONDS)
-    return run.stdout.split("\n"), run.stderr, time.monotonic() - started
-
-
 def explain(solver, session, query, work):
     """What the solver finds after the code when the query got the wrong answer."""
     if query.expected != "unsat":
@@ -192,10 +175,9 @@ def main(arguments):
     # velcor runs in a directory of its own: the paths must not depend on ours.
     velcor, mkdwarf = os.path.abspath(arguments[0]), os.path.abspath(arguments[1])
     files = [os.path.abspath(path) for path in arguments[2:]]
-    absent = [solver for solver in SOLVERS if shutil.which(solver) is None]
-    if absent:
-        print("SKIPPED: the instruction checks need z3 and cvc5; absent: %s" % ", ".join(absent))
-        return 77
+    skipped = skip_notice("the instruction checks", list(SOLVERS))
+    if skipped:
+        return skipped
     failures = []
     with tempfile.TemporaryDirectory(prefix="velcor-checks-") as work:
         executable = os.path.join(work, "node")
