@@ -31,9 +31,9 @@ Term ExactContext::fresh(const char* a_kind, Sort a_sort)
 Term ExactContext::bitsOf(Term a_value)
 {
     // One double, one pattern: the same value always gets the same bits.
-    for (const auto& known : m_bits_of)
-        if (known.first == a_value)
-            return known.second;
+    auto known = m_bits_of.find(a_value.m_id);
+    if (known != m_bits_of.end())
+        return known->second;
     if (m_terms.op(a_value) == smt::Op::FpFromBits && m_terms.sort(a_value) == Sort::doubleFloat())
         return m_terms.child(a_value, 0);
     Term bits = fresh("bits", Sort::bitVec(64));
@@ -43,7 +43,7 @@ Term ExactContext::bitsOf(Term a_value)
     if (isArithmeticResult(a_value))
         constrain(m_terms.implies(m_terms.fpIsNaN(a_value),
                                   m_terms.eq(m_terms.extract(51, 51, bits), m_terms.bitVec(1, 1))));
-    m_bits_of.emplace_back(a_value, bits);
+    m_bits_of.emplace(a_value.m_id, bits);
     return bits;
 }
 

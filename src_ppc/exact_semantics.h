@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -93,7 +94,7 @@ private:
     FloatViews m_floats;
     std::vector<smt::Term> m_fresh;
     std::vector<smt::Term> m_constraints;
-    std::vector<std::pair<smt::Term, smt::Term>> m_bits_of; // value -> bits
+    std::unordered_map<std::uint32_t, smt::Term> m_bits_of; // value -> bits
     std::unordered_set<std::uint32_t> m_pinned;             // addresses already pinned
     int m_fresh_count = 0;
 };
