@@ -84,7 +84,7 @@ bool TermTable::sameNode(const Node& a_left, const Node& a_right) const
 void TermTable::reserve(std::size_t a_terms)
 {
     std::size_t wanted = m_slots.size();
-    while (wanted < 2 * a_terms && wanted < (std::size_t(1) << 31))
+    while (4 * a_terms > 3 * wanted && wanted < (std::size_t(1) << 31))
         wanted *= 2;
     if (wanted > m_slots.size())
         rehash(wanted);
@@ -130,7 +130,9 @@ Term TermTable::intern(const Node& a_node)
     std::uint32_t id = static_cast<std::uint32_t>(m_nodes.size());
     m_nodes.push_back(a_node);
     m_slots[at] = Slot{id, check};
-    if (2 * m_nodes.size() > m_slots.size())
+    // Three quarters full at most: the slots' hash halves keep the probes
+    // cheap.
+    if (4 * m_nodes.size() > 3 * m_slots.size())
         grow();
     return Term{id};
 }
