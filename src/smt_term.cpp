@@ -88,7 +88,6 @@ void TermTable::reserve(std::size_t a_terms)
         wanted *= 2;
     if (wanted > m_slots.size())
         rehash(wanted);
-    m_store_index.reserve(a_terms / 4);
 }
 
 void TermTable::grow()
@@ -761,9 +760,16 @@ Term TermTable::mapFind(std::uint32_t a_root, std::uint32_t a_key) const
     return Term{};
 }
 
+const TermTable::StoreIndex* TermTable::storeIndexOf(Term a_term) const
+{
+    if (a_term.m_id >= m_store_of.size() || m_store_of[a_term.m_id] == 0)
+        return nullptr;
+    return &m_store_indexes[m_store_of[a_term.m_id] - 1];
+}
+
 void TermTable::indexStore(Term a_store)
 {
-    if (m_store_index.count(a_store.m_id))
+    if (storeIndexOf(a_store))
         return;
     Term below = child(a_store, 0);
     Term base;
@@ -771,22 +777,24 @@ void TermTable::indexStore(Term a_store)
     splitOffset(child(a_store, 1), base, offset);
     StoreIndex index;
     index.m_base = base;
-    auto under = m_store_index.find(below.m_id);
-    index.m_depth = under == m_store_index.end() ? 1 : under->second.m_depth + 1;
-    if (under != m_store_index.end() && under->second.m_base == base) {
-        index.m_below = under->second.m_below;
-        index.m_map = under->second.m_map;
+    const StoreIndex* under = storeIndexOf(below);
+    index.m_depth = under ? under->m_depth + 1 : 1;
+    if (under && under->m_base == base) {
+        index.m_below = under->m_below;
+        index.m_map = under->m_map;
     } else {
         index.m_below = below;
     }
     index.m_map = mapInsert(index.m_map, static_cast<std::uint32_t>(offset), a_store);
-    m_store_index.emplace(a_store.m_id, index);
+    if (m_store_of.size() <= a_store.m_id)
+        m_store_of.resize(std::max<std::size_t>(m_nodes.size(), 2 * std::size_t(a_store.m_id) + 1), 0);
+    m_store_of[a_store.m_id] = static_cast<std::uint32_t>(m_store_indexes.push_back(index) + 1);
 }
 
 std::uint32_t TermTable::storeDepth(Term a_memory) const
 {
-    auto found = m_store_index.find(a_memory.m_id);
-    return found == m_store_index.end() ? 0 : found->second.m_depth;
+    const StoreIndex* index = storeIndexOf(a_memory);
+    return index ? index->m_depth : 0;
 }
 
 Term TermTable::storedByte(Term a_memory, Term a_base, std::uint64_t a_offset, Term& a_read_from) const
@@ -794,13 +802,14 @@ Term TermTable::storedByte(Term a_memory, Term a_base, std::uint64_t a_offset, T
     a_read_from = a_memory;
     if (op(a_memory) != Op::Store)
         return Term{};
-    const StoreIndex& index = m_store_index.at(a_memory.m_id);
-    if (index.m_base != a_base)
+    const StoreIndex* index = storeIndexOf(a_memory);
+    VELCOR_ASSERT(index);
+    if (index->m_base != a_base)
         return Term{};
-    Term found = mapFind(index.m_map, static_cast<std::uint32_t>(a_offset));
+    Term found = mapFind(index->m_map, static_cast<std::uint32_t>(a_offset));
     if (!found.isNull())
         return child(found, 2);
-    a_read_from = index.m_below;
+    a_read_from = index->m_below;
     return Term{};
 }
 

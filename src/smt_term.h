@@ -294,7 +294,11 @@ private:
     };
     std::vector<Slot> m_slots; // open addressing
     misc::ChunkedVector<MapNode> m_map_nodes; // index 0: the empty map
-    std::unordered_map<std::uint32_t, StoreIndex> m_store_index; // store term -> its index
+    // Each store term's index: m_store_of[term] is its place in
+    // m_store_indexes plus one, 0 for other terms.
+    const StoreIndex* storeIndexOf(Term a_term) const;
+    std::vector<std::uint32_t> m_store_of;
+    misc::ChunkedVector<StoreIndex> m_store_indexes;
     std::vector<std::string> m_names;
     std::unordered_map<std::string, Term> m_symbols;
 };
