@@ -947,7 +947,7 @@ const char* checkOperand(char a_letter, const ListingOperand& a_operand, ExactOp
         return "a 16-bit displacement from a general register";
     case 't':
         if (a_operand.m_kind == ListingOperand::ADDRESS) {
-            a_exact.m_symbol = a_operand.m_name;
+            a_exact.m_symbol = &a_operand.m_name;
             return nullptr;
         }
         return "a branch target (<symbol+offset>)";

@@ -21,7 +21,7 @@ struct ExactOperand {
     long m_value = 0;      // the number, register number, or displacement
     int m_base = -1;       // a displacement's base register
     bool m_external = false; // a branch target outside the node
-    std::string m_symbol;  // a branch target's symbol
+    const std::string* m_symbol = nullptr; // a branch target's symbol, in the listing's record
 };
 
 struct ListingInstruction;

@@ -106,13 +106,13 @@ void ExactTranslator::prepare(const std::vector<ListingInstruction>& a_lines)
         if (!instruction.m_target_operand)
             continue;
         ExactOperand& target = instruction.m_operands[instruction.m_target_operand];
-        if (target.m_symbol != node) {
+        if (*target.m_symbol != node) {
             target.m_external = true;
             continue;
         }
         auto found = index_of.find(target.m_value);
         if (found == index_of.end())
-            fail(instruction, "branch target <" + target.m_symbol + "+" + std::to_string(target.m_value) +
+            fail(instruction, "branch target <" + *target.m_symbol + "+" + std::to_string(target.m_value) +
                                   "> is not an instruction of the listing");
         m_flow[i].m_target = found->second;
     }
