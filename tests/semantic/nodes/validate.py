@@ -240,26 +240,25 @@ class Validation:
         for address, byte in zip(layout.addresses(), one.m_before):
             memory = "(store %s #x%08x #x%02x)" % (memory, address, byte)
         facts.append("(assert (= MEM %s))" % memory)
-        solver.send(["(reset-assertions)"] + assertions + facts)
+        answer = self.query(solver, assertions + facts, "sat", one, "with the obligations and the state before")
+        if answer == "sat":
+            answer = self.query(solver, assertions + facts + ["(assert %s)" % differs(layout, one.m_after)], "unsat",
+                                one, "when some byte differs")
+            if answer == "sat":
+                self.m_problems[-1] += self.differing_byte(solver, layout, one)
+
+    def query(self, solver, assertions, expected, one, what):
+        """Asks one question afresh; an unexpected answer is a problem, a
+        solver that gives up leaves the node undecided."""
+        solver.send(["(reset-assertions)"] + assertions)
         answer, seconds = solver.check_sat()
         self.m_times.append(seconds)
         if answer == "unknown":
-            self.m_undecided = "input %d: %s gave up within %d s on the obligations and the state before" % (
-                one.m_seed, self.m_solver, QUERY_SECONDS)
-        elif answer != "sat":
-            self.m_problems.append("input %d: %s answers %s, not sat, to the obligations and the state before" %
-                                   (one.m_seed, self.m_solver, answer))
-        else:
-            solver.send(["(reset-assertions)"] + assertions + facts + ["(assert %s)" % differs(layout, one.m_after)])
-            answer, seconds = solver.check_sat()
-            self.m_times.append(seconds)
-            if answer == "unknown":
-                self.m_undecided = "input %d: %s gave up within %d s when some byte differs" % (
-                    one.m_seed, self.m_solver, QUERY_SECONDS)
-            elif answer != "unsat":
-                self.m_problems.append("input %d: %s answers %s, not unsat, when some byte differs%s" %
-                                       (one.m_seed, self.m_solver, answer,
-                                        self.differing_byte(solver, layout, one) if answer == "sat" else ""))
+            self.m_undecided = "input %d: %s gave up within %d s %s" % (one.m_seed, self.m_solver, QUERY_SECONDS, what)
+        elif answer != expected:
+            self.m_problems.append("input %d: %s answers %s, not %s, %s" % (one.m_seed, self.m_solver, answer,
+                                                                            expected, what))
+        return answer
 
     def differing_byte(self, solver, layout, one):
         addresses = layout.addresses()
