@@ -140,17 +140,24 @@ void Printer::writeDefinitions()
         height[term.m_id] = tallest + 1;
         if (m_uses[term.m_id] > 1 || height[term.m_id] > MAX_INLINE_HEIGHT) {
             m_names[term.m_id] = ++m_next_name;
-            m_text += "(define-fun e";
-            m_text += std::to_string(m_next_name);
-            m_text += " () ";
+            // A constant and its defining equality rather than a define-fun:
+            // z3 expands nested macros at each use, which grows
+            // exponentially with the depth of sharing, while it substitutes
+            // equalities in one pass.
+            const std::string name_text = "e" + std::to_string(m_next_name);
+            m_text += "(declare-const ";
+            m_text += name_text;
+            m_text += ' ';
             appendSort(m_text, node.m_sort);
+            m_text += ")\n(assert (= ";
+            m_text += name_text;
             m_text += ' ';
             // The definition's own body is written out, not its name.
             std::uint32_t name = m_names[term.m_id];
             m_names[term.m_id] = 0;
             writeInline(term);
             m_names[term.m_id] = name;
-            m_text += ")\n";
+            m_text += "))\n";
             flush(FLUSH_SIZE);
         }
     }

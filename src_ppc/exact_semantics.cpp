@@ -36,6 +36,9 @@ Term ExactContext::bitsOf(Term a_value)
         return known->second;
     if (m_terms.op(a_value) == smt::Op::FpFromBits && m_terms.sort(a_value) == Sort::doubleFloat())
         return m_terms.child(a_value, 0);
+    // Fresh bits tied to the value: cheap for a solver that reasons about
+    // unknown values (an exact function of the value costs it dozens of
+    // comparisons), and a NaN's payload stays free.
     Term bits = fresh("bits", Sort::bitVec(64));
     constrain(m_terms.eq(m_terms.fpFromBits(Sort::doubleFloat(), bits), a_value));
     // The processor's arithmetic makes quiet NaNs only: without this, a
@@ -576,6 +579,38 @@ void setFloatBits(Step& s, int k, Term a_bits)
     s.m_state.m_fpr[s.value(k)] = FloatValue{a_bits, Term{}};
 }
 
+// The single whose widening a double value's term shows (a single load, a
+// single-precision result, a choice between such), or null. Looks at no
+// more than a few terms: the answer only picks the cheaper of two exact
+// forms.
+Term singleOf(TermTable& t, Term a_value, int& a_budget)
+{
+    if (--a_budget < 0)
+        return Term{};
+    if (t.op(a_value) == smt::Op::FpConvert && t.sort(t.child(a_value, 1)) == Sort::singleFloat())
+        return t.child(a_value, 1);
+    if (t.op(a_value) != smt::Op::Ite)
+        return Term{};
+    Term then_single = singleOf(t, t.child(a_value, 1), a_budget);
+    if (then_single.isNull())
+        return Term{};
+    Term else_single = singleOf(t, t.child(a_value, 2), a_budget);
+    if (else_single.isNull())
+        return Term{};
+    return t.ite(t.child(a_value, 0), then_single, else_single);
+}
+
+Term singleOf(TermTable& t, Term a_value)
+{
+    int budget = 32;
+    return singleOf(t, a_value, budget);
+}
+
+Term widen(TermTable& t, Term a_single)
+{
+    return t.fpConvert(Sort::doubleFloat(), roundingMode(t, RoundingMode::NearestEven), a_single);
+}
+
 void floatMemory(Step& s, ControlOutcome&)
 {
     TermTable& t = s.m_terms;
@@ -593,8 +628,16 @@ void floatMemory(Step& s, ControlOutcome&)
         Term bits = floatBits(s, 1);
         s.store(address, single ? doubleToSingleBits(t, bits) : bits);
     } else {
-        Term bits = single ? singleToDoubleBits(t, s.load(address, 4)) : s.load(address, 8);
-        setFloatBits(s, 1, bits);
+        Term word = s.load(address, single ? 4 : 8);
+        if (single) {
+            // Both views: the bits keep a NaN's payload, the value shows
+            // that the register holds a single, which single arithmetic
+            // then does in single precision.
+            s.m_state.m_fpr[s.value(1)] =
+                FloatValue{singleToDoubleBits(t, word), widen(t, t.fpFromBits(Sort::singleFloat(), word))};
+        } else {
+            setFloatBits(s, 1, word);
+        }
     }
     if (update) {
         int base = indexed ? static_cast<int>(s.value(2)) : s.m_in.m_operands[2].m_base;
@@ -614,9 +657,7 @@ Term roundOnceToSingle(Step& s, Operation a_operation)
 {
     TermTable& t = s.m_terms;
     Term nearest = roundingMode(t, RoundingMode::NearestEven);
-    auto toSingle = [&](Term a_mode, Term a_value) {
-        return t.fpConvert(Sort::doubleFloat(), nearest, t.fpConvert(Sort::singleFloat(), a_mode, a_value));
-    };
+    auto toSingle = [&](Term a_mode, Term a_value) { return t.fpConvert(Sort::singleFloat(), a_mode, a_value); };
     Term down = a_operation(roundingMode(t, RoundingMode::TowardNegative));
     Term up = a_operation(roundingMode(t, RoundingMode::TowardPositive));
     Term exact = t.fpEq(down, up);
@@ -624,12 +665,13 @@ Term roundOnceToSingle(Step& s, Operation a_operation)
     Term from_up = toSingle(nearest, up);
     // d is the midpoint of the singles around it when their sum (exact in
     // double) is twice d.
-    Term below = toSingle(roundingMode(t, RoundingMode::TowardNegative), down);
-    Term above = toSingle(roundingMode(t, RoundingMode::TowardPositive), down);
+    Term below = widen(t, toSingle(roundingMode(t, RoundingMode::TowardNegative), down));
+    Term above = widen(t, toSingle(roundingMode(t, RoundingMode::TowardPositive), down));
     Term twice = t.fpAdd(nearest, down, down);
     Term down_is_midpoint = t.fpEq(t.fpAdd(nearest, below, above), twice);
-    return t.ite(exact, from_up,
-                 t.ite(t.eq(from_down, from_up), from_down, t.ite(down_is_midpoint, from_up, from_down)));
+    // The single chosen, then widened: the result shows it is a single.
+    return widen(t, t.ite(exact, from_up,
+                          t.ite(t.eq(from_down, from_up), from_down, t.ite(down_is_midpoint, from_up, from_down))));
 }
 
 void floatArithmetic(Step& s, ControlOutcome&)
@@ -645,10 +687,18 @@ void floatArithmetic(Step& s, ControlOutcome&)
     }
     if (base == "fneg" || base == "fabs" || base == "fnabs") {
         // Sign operations change the sign bit only, NaNs included.
+        Term known_value = s.m_state.m_fpr[s.value(2)].m_value;
         Term bits = floatBits(s, 2);
         Term sign = t.extract(63, 63, bits);
         Term new_sign = base == "fneg" ? t.bvNot(sign) : t.bitVec(1, base == "fnabs" ? 1 : 0);
         setFloatBits(s, 1, t.concat(new_sign, t.extract(62, 0, bits)));
+        // A single keeps showing it is one (the value view of a NaN is
+        // the NaN whatever its sign).
+        Term single_value = known_value.isNull() ? Term{} : singleOf(t, known_value);
+        if (!single_value.isNull()) {
+            Term magnitude = base == "fneg" ? single_value : t.fpAbs(single_value);
+            s.m_state.m_fpr[s.value(1)].m_value = widen(t, base == "fabs" ? magnitude : t.fpNeg(magnitude));
+        }
         return;
     }
     if (base == "frsp") {
@@ -683,16 +733,31 @@ void floatArithmetic(Step& s, ControlOutcome&)
             return t.fpMul(a_mode, a, b);
         return t.fpDiv(a_mode, a, b);
     };
-    if (base == "fadd" || base == "fsub" || base == "fmul" || base == "fdiv") {
-        setFloatValue(s, 1, single ? roundOnceToSingle(s, binary) : binary(nearest));
+    bool is_binary = base == "fadd" || base == "fsub" || base == "fmul" || base == "fdiv";
+    Term c = is_binary ? Term{} : floatValue(s, 4);
+    // Operands that are singles make the single operation the exact one,
+    // and a much smaller one for a solver.
+    Term single_a = single ? singleOf(t, a) : Term{};
+    Term single_b = single_a.isNull() ? Term{} : singleOf(t, b);
+    Term single_c = single_b.isNull() || is_binary ? Term{} : singleOf(t, c);
+    if (!single_b.isNull() && (is_binary || !single_c.isNull())) {
+        a = single_a;
+        b = single_b;
+        c = single_c;
+    }
+    bool in_single = t.sort(a) == Sort::singleFloat();
+    if (is_binary) {
+        if (in_single)
+            setFloatValue(s, 1, widen(t, binary(nearest)));
+        else
+            setFloatValue(s, 1, single ? roundOnceToSingle(s, binary) : binary(nearest));
         return;
     }
     // Fused multiply-add: FRT = +-(FRA * FRC +- FRB), one rounding.
-    Term c = floatValue(s, 4);
     bool subtract = base == "fmsub" || base == "fnmsub";
     bool negate = base == "fnmadd" || base == "fnmsub";
     auto fused = [&](Term a_mode) -> Term { return t.fpFma(a_mode, a, b, subtract ? t.fpNeg(c) : c); };
-    Term result = single ? roundOnceToSingle(s, fused) : fused(nearest);
+    Term result = in_single ? widen(t, fused(nearest)) : single ? roundOnceToSingle(s, fused) : fused(nearest);
     setFloatValue(s, 1, negate ? t.fpNeg(result) : result);
 }
 

@@ -191,7 +191,7 @@ TEST_F(Terms, PrinterNamesSharedSubtermsOnce)
     printer.addRoot(root);
     printer.writeDefinitions();
     printer.write(root);
-    EXPECT_EQ(out.str(), "(define-fun e1 () (_ BitVec 32) (bvadd r3 r4))\n"
+    EXPECT_EQ(out.str(), "(declare-const e1 (_ BitVec 32))\n(assert (= e1 (bvadd r3 r4)))\n"
                          "(bvmul e1 (bvxor e1 #x00000005))");
 }
 

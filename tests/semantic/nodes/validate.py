@@ -55,7 +55,7 @@ UNROLL = ["1"]
 # node: that is no wrong answer, but the node is not validated.
 QUERY_SECONDS = 20
 # Nor is a node whose inputs take a solver longer than this in all.
-NODE_SECONDS = 120
+NODE_SECONDS = 240
 # The bytes of memory besides the structures' (the stack, the rest).
 OTHER_BYTES = "other_bytes"
 # The instructions the README lists as without exact meaning, as velcor names them.
@@ -206,7 +206,8 @@ class Validation:
         # Each query starts from no assertion, for the solvers answer within
         # milliseconds what takes them seconds after an earlier (check-sat)
         # or under push and pop, where they drop their preprocessing; the
-        # definitions stay, since parsing them again is most of z3's time.
+        # declarations stay, the assertions (shared subterms' equalities
+        # among them) are sent again.
         definitions = [line for line in lines if not line.startswith("(assert")]
         assertions = [line for line in lines if line.startswith("(assert")]
         if any(line.count("(") != line.count(")") for line in assertions):
