@@ -703,7 +703,7 @@ void floatArithmetic(Step& s, ControlOutcome&)
     }
     if (base == "frsp") {
         Term rounded = t.fpConvert(Sort::singleFloat(), nearest, floatValue(s, 2));
-        setFloatValue(s, 1, t.fpConvert(Sort::doubleFloat(), nearest, rounded));
+        setFloatValue(s, 1, widen(t, rounded));
         return;
     }
     if (base == "fctiw" || base == "fctiwz") {
@@ -746,18 +746,20 @@ void floatArithmetic(Step& s, ControlOutcome&)
         c = single_c;
     }
     bool in_single = t.sort(a) == Sort::singleFloat();
-    if (is_binary) {
+    auto rounded = [&](auto a_operation) -> Term {
         if (in_single)
-            setFloatValue(s, 1, widen(t, binary(nearest)));
-        else
-            setFloatValue(s, 1, single ? roundOnceToSingle(s, binary) : binary(nearest));
+            return widen(t, a_operation(nearest));
+        return single ? roundOnceToSingle(s, a_operation) : a_operation(nearest);
+    };
+    if (is_binary) {
+        setFloatValue(s, 1, rounded(binary));
         return;
     }
     // Fused multiply-add: FRT = +-(FRA * FRC +- FRB), one rounding.
     bool subtract = base == "fmsub" || base == "fnmsub";
     bool negate = base == "fnmadd" || base == "fnmsub";
     auto fused = [&](Term a_mode) -> Term { return t.fpFma(a_mode, a, b, subtract ? t.fpNeg(c) : c); };
-    Term result = in_single ? widen(t, fused(nearest)) : single ? roundOnceToSingle(s, fused) : fused(nearest);
+    Term result = rounded(fused);
     setFloatValue(s, 1, negate ? t.fpNeg(result) : result);
 }
 

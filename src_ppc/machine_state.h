@@ -10,8 +10,9 @@
 #include "smt_term.h"
 
 // A float register. Loads, moves and sign operations know its 64 bits
-// exactly; arithmetic knows its value. Either view is made from the other
-// when asked for (see FloatViews).
+// exactly; arithmetic knows its value; a single load (and a sign operation
+// on a single) knows both. Either view is made from the other when asked
+// for (see FloatViews).
 struct FloatValue {
     smt::Term m_bits;  // (_ BitVec 64), or null
     smt::Term m_value; // (_ FloatingPoint 11 53), or null
