@@ -1,7 +1,7 @@
 // The instruction set table: the names of every opcode the listing accepts
 // and the lookup the scanner makes for every name it reads.
+#include <cstddef>
 #include <cstring>
-#include <vector>
 
 #include "misc/stop.h"
 #include "parse.h"
@@ -22,14 +22,10 @@ const char* const extended_names[] = {
 static_assert(sizeof extended_names / sizeof extended_names[0] == TOP_END - TOP_UNDEFINED - 1,
               "one name for every extended opcode");
 
-struct NamedOpcode {
-    const char* m_name;
-    TOP m_opcode;
-};
-
-// Every opcode but TOP_UNDEFINED, by the length and the first letter of its
-// name: most names of a listing are registers (r9, f0) whose group holds no
-// opcode at all, and no group holds more than a few.
+// Every opcode but TOP_UNDEFINED in an open-addressing table keyed by a
+// hash of the name's length and first, second and last characters: most
+// names a listing holds are registers (r9, f0), which land on an empty slot
+// or a slot of another length, and most opcodes are found at the first try.
 class OpcodeIndex {
 public:
     OpcodeIndex()
@@ -38,35 +34,60 @@ public:
             if (opcode == TOP_UNDEFINED)
                 continue;
             const char* name = topName(opcode);
-            VELCOR_ASSERT(std::strlen(name) < MAX_LENGTH);
-            m_groups[std::strlen(name)][static_cast<unsigned char>(name[0]) % FIRST_LETTERS].push_back(
-                {name, static_cast<TOP>(opcode)});
+            const std::size_t length = std::strlen(name);
+            VELCOR_ASSERT(length > 0 && length < 256);
+            std::size_t slot = slotOf(name, length);
+            while (m_slots[slot].m_name)
+                slot = (slot + 1) % SLOTS;
+            m_slots[slot] = {name, static_cast<unsigned char>(length), static_cast<TOP>(opcode)};
         }
     }
 
-    TOP find(const char* a_text) const
+    TOP find(const char* a_text, std::size_t a_length) const
     {
-        const std::size_t length = std::strlen(a_text);
-        if (length == 0 || length >= MAX_LENGTH)
+        if (a_length == 0)
             return TOP_UNDEFINED;
-        for (const NamedOpcode& entry : m_groups[length][static_cast<unsigned char>(a_text[0]) % FIRST_LETTERS])
-            if (std::memcmp(entry.m_name, a_text, length) == 0)
+        for (std::size_t slot = slotOf(a_text, a_length); m_slots[slot].m_name; slot = (slot + 1) % SLOTS) {
+            const Slot& entry = m_slots[slot];
+            if (entry.m_length == a_length && std::memcmp(entry.m_name, a_text, a_length) == 0)
                 return entry.m_opcode;
+        }
         return TOP_UNDEFINED;
     }
 
 private:
-    static constexpr std::size_t MAX_LENGTH = 16;
-    static constexpr std::size_t FIRST_LETTERS = 128;
-    std::vector<NamedOpcode> m_groups[MAX_LENGTH][FIRST_LETTERS];
+    struct Slot {
+        const char* m_name = nullptr;
+        unsigned char m_length = 0;
+        TOP m_opcode = TOP_UNDEFINED;
+    };
+
+    // Far more slots than opcodes, so that the runs stay short.
+    static constexpr std::size_t SLOTS = 2048;
+
+    static std::size_t slotOf(const char* a_text, std::size_t a_length)
+    {
+        const auto byte = [a_text](std::size_t a_index) { return static_cast<unsigned char>(a_text[a_index]); };
+        std::size_t hash = a_length * 0x9e5u + byte(0) * 0x3bu + byte(a_length - 1) * 0x1fu;
+        if (a_length > 1)
+            hash += byte(1) * 0x65u;
+        return (hash ^ (hash >> 7)) % SLOTS;
+    }
+
+    Slot m_slots[SLOTS];
 };
 
 } // namespace
 
-TOP get_topcode(const char* a_text)
+TOP get_topcode(const char* a_text, std::size_t a_length)
 {
     static const OpcodeIndex index;
-    return index.find(a_text);
+    return index.find(a_text, a_length);
+}
+
+TOP get_topcode(const char* a_text)
+{
+    return get_topcode(a_text, std::strlen(a_text));
 }
 
 const char* topName(int a_opcode)

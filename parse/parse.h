@@ -3,6 +3,7 @@
 #ifndef VELCOR_PARSE_PARSE_H
 #define VELCOR_PARSE_PARSE_H
 
+#include <cstddef>
 #include <cstdio>
 
 class Symbols;
@@ -67,6 +68,8 @@ extern const char* const top_names[TOP_COUNT];
 // The opcode of a mnemonic (exact, case-sensitive), or TOP_UNDEFINED; the
 // name "UNDEFINED" is never matched.
 TOP get_topcode(const char* a_text);
+// The same for the a_length characters at a_text.
+TOP get_topcode(const char* a_text, std::size_t a_length);
 // The listing name of any opcode; "UNDEFINED" for any value outside TOP.
 const char* topName(int a_opcode);
 

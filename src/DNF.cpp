@@ -119,7 +119,7 @@ namespace {
 // clauses that x and y can pair with.
 class ComplementMerge {
 public:
-    explicit ComplementMerge(std::list<Clause>& a_clauses) : m_clauses(a_clauses) {}
+    explicit ComplementMerge(DNF::Clauses& a_clauses) : m_clauses(a_clauses) {}
 
     // False when a clause became empty (the disjunction is true).
     bool run()
@@ -264,7 +264,7 @@ private:
             m_candidates.erase(a_clause);
     }
 
-    std::list<Clause>& m_clauses;
+    DNF::Clauses& m_clauses;
     std::vector<Entry> m_entries;
     std::unordered_map<std::uint64_t, std::set<int>> m_by_hash;
     std::set<int> m_candidates;
@@ -288,6 +288,9 @@ DNF simplify(const DNF& a_first, const DNF& a_second)
             result.add(clause);
     }
 
+    // A single clause has nothing to merge with.
+    if (result.m_clauses.size() < 2)
+        return result;
     ComplementMerge merge(result.m_clauses);
     if (!merge.run())
         return DNF();

@@ -3,15 +3,14 @@
 #ifndef VELCOR_SRC_DNF_H
 #define VELCOR_SRC_DNF_H
 
-#include <list>
-
 #include "clause.h"
 #include "expression.h"
 
 class DNF {
 public:
-    using iterator = std::list<Clause>::iterator;
-    using const_iterator = std::list<Clause>::const_iterator;
+    using Clauses = misc::PooledList<Clause>;
+    using iterator = Clauses::iterator;
+    using const_iterator = Clauses::const_iterator;
 
     // The constant true.
     DNF() = default;
@@ -37,7 +36,7 @@ private:
     friend DNF andDNF(const DNF& a_dnf, int a_id, bool a_bool);
     friend DNF simplify(const DNF& a_first, const DNF& a_second);
 
-    std::list<Clause> m_clauses;
+    Clauses m_clauses;
     bool m_true = true;
     bool m_false = false;
 };

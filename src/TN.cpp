@@ -1,9 +1,9 @@
 #include "TN.h"
 
-#include <cstdlib>
 #include <ostream>
 
 #include "common.h"
+#include "misc/number_text.h"
 #include "misc/writer.h"
 
 long registerNumberOf(const char* a_name)
@@ -13,8 +13,8 @@ long registerNumberOf(const char* a_name)
     if (a_name[0] != 'r')
         return 129;
     const char* digits = a_name + 1;
-    char* end = nullptr;
-    long value = std::strtol(digits, &end, 10);
+    const char* end = nullptr;
+    long value = misc::readLong(digits, 10, &end);
     return end == digits ? 129 : value;
 }
 

@@ -3,9 +3,8 @@
 #ifndef VELCOR_SRC_CLAUSE_H
 #define VELCOR_SRC_CLAUSE_H
 
-#include <list>
-
 #include "expression.h"
+#include "misc/small_object_pool.h"
 
 struct intBool {
     intBool() = default;
@@ -24,7 +23,8 @@ bool isNegate(intBool a_left, intBool a_right);
 
 class Clause {
 public:
-    using const_iterator = std::list<intBool>::const_iterator;
+    using Literals = misc::PooledList<intBool>;
+    using const_iterator = Literals::const_iterator;
 
     Clause() = default;
     Clause(int a_id, bool a_bool);
@@ -50,7 +50,7 @@ public:
     std::size_t size() const { return m_proposition.size(); }
 
 private:
-    std::list<intBool> m_proposition;
+    Literals m_proposition;
 };
 
 // Same literals in the same order; two empty clauses are not equal.

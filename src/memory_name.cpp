@@ -1,8 +1,9 @@
 #include "memory_name.h"
 
-#include <cstdlib>
 #include <cstring>
 #include <limits>
+
+#include "misc/number_text.h"
 
 std::string memoryCellName(long a_offset)
 {
@@ -24,8 +25,8 @@ bool shiftedMemoryCellName(const char* a_name, std::int32_t a_offset, std::strin
     if (!isMemoryCellName(a_name))
         return false;
     const char* text = a_name + 4;
-    char* end = nullptr;
-    long number = std::strtol(text, &end, 10);
+    const char* end = nullptr;
+    long number = misc::readLong(text, 10, &end);
     if (end == text || *end != '+' || end[1] == '\0' || number < std::numeric_limits<std::int32_t>::min() ||
         number > std::numeric_limits<std::int32_t>::max())
         return false;
@@ -54,8 +55,8 @@ bool readMemoryCellName(const std::string& a_name, std::vector<std::int32_t>& a_
     std::size_t end = a_name.size();
     while (end - begin > 5 && a_name.compare(begin, 4, "MEM[") == 0 && a_name[end - 1] == ']') {
         const char* text = a_name.c_str() + begin + 4;
-        char* after = nullptr;
-        long number = std::strtol(text, &after, 10);
+        const char* after = nullptr;
+        long number = misc::readLong(text, 10, &after);
         if (after == text || *after != '+' || number < std::numeric_limits<std::int32_t>::min() ||
             number > std::numeric_limits<std::int32_t>::max())
             return false;

@@ -71,7 +71,8 @@ public:
     void translate_opcode(Transition* a_transition, TN** a_operands, TOP a_operation, int a_operands_count,
                           int a_destination_count, bool a_destination);
 
-    const std::list<Annotation>& annotations() const { return m_annotations; }
+    using Annotations = misc::PooledList<Annotation>;
+    const Annotations& annotations() const { return m_annotations; }
     // Forgets every annotation and the operand table (a new run).
     void clear();
 
@@ -96,7 +97,7 @@ private:
     void translateReturn(Step& a_step);
 
     Symbols* m_parse_symbol_table = nullptr;
-    std::list<Annotation> m_annotations;
+    Annotations m_annotations;
     int m_lastAnnotationIndex = 0;
     DNF m_falseDNF;
     long m_unknownMemory = 0;

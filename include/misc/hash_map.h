@@ -14,6 +14,8 @@
 #include <utility>
 #include <vector>
 
+#include "misc/small_object_pool.h"
+
 namespace misc {
 
 // Hash of a C string: every byte taken as a signed char, wrapping at 2^32.
@@ -47,11 +49,15 @@ enum class KeyCompare { Text, Identity };
 
 template <class V>
 class StringHashMap {
+    // Each node keeps its key's hash: a lookup compares texts only when
+    // the hashes agree, and growth never hashes a key again.
     struct Node {
+        VELCOR_POOLED_ALLOCATION
         Node* m_next;
+        std::uint32_t m_hash;
         std::pair<const std::string, V> m_entry;
-        Node(Node* a_next, const char* a_key, const V& a_value)
-            : m_next(a_next), m_entry(a_key, a_value) {}
+        Node(Node* a_next, std::uint32_t a_hash, const char* a_key, const V& a_value)
+            : m_next(a_next), m_hash(a_hash), m_entry(a_key, a_value) {}
     };
 
 public:
@@ -138,11 +144,7 @@ public:
     {
         if (m_compare == KeyCompare::Identity)
             return end();
-        std::size_t bucket = bucketOf(a_key);
-        for (Node* n = m_buckets[bucket]; n; n = n->m_next)
-            if (std::strcmp(n->m_entry.first.c_str(), a_key) == 0)
-                return iterator(this, bucket, n);
-        return end();
+        return findHashed(a_key, hashString(a_key));
     }
     const_iterator find(const char* a_key) const { return const_cast<StringHashMap*>(this)->find(a_key); }
 
@@ -161,10 +163,13 @@ public:
     std::pair<iterator, bool> insert(const char* a_key, const V& a_value)
     {
         growFor(m_count + 1);
-        iterator found = find(a_key);
-        if (found != end())
-            return {found, false};
-        return {addAtHead(a_key, a_value), true};
+        const std::uint32_t hash = hashString(a_key);
+        if (m_compare == KeyCompare::Text) {
+            iterator found = findHashed(a_key, hash);
+            if (found != end())
+                return {found, false};
+        }
+        return {addAtHead(a_key, hash, a_value), true};
     }
 
     // Assignment-style access: the table grows first, then the entry is
@@ -216,12 +221,19 @@ private:
         return it;
     }
 
-    std::size_t bucketOf(const char* a_key) const { return hashString(a_key) % m_buckets.size(); }
-
-    iterator addAtHead(const char* a_key, const V& a_value)
+    iterator findHashed(const char* a_key, std::uint32_t a_hash)
     {
-        std::size_t bucket = bucketOf(a_key);
-        m_buckets[bucket] = new Node(m_buckets[bucket], a_key, a_value);
+        std::size_t bucket = a_hash % m_buckets.size();
+        for (Node* n = m_buckets[bucket]; n; n = n->m_next)
+            if (n->m_hash == a_hash && std::strcmp(n->m_entry.first.c_str(), a_key) == 0)
+                return iterator(this, bucket, n);
+        return end();
+    }
+
+    iterator addAtHead(const char* a_key, std::uint32_t a_hash, const V& a_value)
+    {
+        std::size_t bucket = a_hash % m_buckets.size();
+        m_buckets[bucket] = new Node(m_buckets[bucket], a_hash, a_key, a_value);
         ++m_count;
         return iterator(this, bucket, m_buckets[bucket]);
     }
@@ -237,7 +249,7 @@ private:
         for (Node*& head : m_buckets) {
             while (Node* node = head) {
                 head = node->m_next;
-                std::size_t bucket = hashString(node->m_entry.first.c_str()) % count;
+                std::size_t bucket = node->m_hash % count;
                 node->m_next = fresh[bucket];
                 fresh[bucket] = node;
             }
@@ -250,7 +262,7 @@ private:
         for (std::size_t i = 0; i < a_other.m_buckets.size(); ++i) {
             Node** tail = &m_buckets[i];
             for (Node* n = a_other.m_buckets[i]; n; n = n->m_next) {
-                *tail = new Node(nullptr, n->m_entry.first.c_str(), n->m_entry.second);
+                *tail = new Node(nullptr, n->m_hash, n->m_entry.first.c_str(), n->m_entry.second);
                 tail = &(*tail)->m_next;
             }
         }

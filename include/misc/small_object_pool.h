@@ -8,6 +8,7 @@
 #define VELCOR_MISC_SMALL_OBJECT_POOL_H
 
 #include <cstddef>
+#include <list>
 #include <new>
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -84,6 +85,35 @@ inline SmallObjectPool& smallObjects()
     static SmallObjectPool* pool = new SmallObjectPool;
     return *pool;
 }
+
+// The pool as a standard allocator, for the nodes of containers that are
+// made and dropped as often as expressions are (the literals and clauses of
+// path conditions).
+template <class T>
+struct PoolAllocator {
+    using value_type = T;
+
+    PoolAllocator() = default;
+    template <class U>
+    PoolAllocator(const PoolAllocator<U>&) {}
+
+#ifdef VELCOR_POOL_OFF
+    T* allocate(std::size_t a_count) { return static_cast<T*>(::operator new(a_count * sizeof(T))); }
+    void deallocate(T* a_object, std::size_t) { ::operator delete(a_object); }
+#else
+    T* allocate(std::size_t a_count) { return static_cast<T*>(smallObjects().allocate(a_count * sizeof(T))); }
+    void deallocate(T* a_object, std::size_t a_count) { smallObjects().release(a_object, a_count * sizeof(T)); }
+#endif
+
+    template <class U>
+    bool operator==(const PoolAllocator<U>&) const { return true; }
+    template <class U>
+    bool operator!=(const PoolAllocator<U>&) const { return false; }
+};
+
+// A list whose nodes come from the pool.
+template <class T>
+using PooledList = std::list<T, PoolAllocator<T>>;
 
 } // namespace misc
 

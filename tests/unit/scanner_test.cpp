@@ -70,6 +70,13 @@ TEST(ScannerTest, NumbersNamesAndOpcodes)
     EXPECT_EQ(scan(" 0.75"), (std::vector<Token>{{NUM, "0"}}));
     EXPECT_EQ(scan(" 1.5"), (std::vector<Token>{{NUM, "1"}, {NUM, "5"}}));
     EXPECT_EQ(scan(" - 5"), (std::vector<Token>{{NUM, "5"}}));
+    // A leading zero makes a number octal, up to the first digit past 7.
+    EXPECT_EQ(scan(" 09 -017"), (std::vector<Token>{{NUM, "0"}, {NUM, "-15"}}));
+    // Numbers past the range of long stay at its ends.
+    EXPECT_EQ(scan("1ffffffffffffffff0 99999999999999999999 -99999999999999999999"),
+              (std::vector<Token>{{HEXNUM, "9223372036854775807"},
+                                  {NUM, "9223372036854775807"},
+                                  {NUM, "-9223372036854775808"}}));
     EXPECT_EQ(scan(" nop UNDEFINED _x.1"),
               (std::vector<Token>{{SYMBOL, "nop"}, {SYMBOL, "UNDEFINED"}, {SYMBOL, "_x.1"}}));
     // The decoder's mnemonics are opcodes too; names it never prints are not.
