@@ -80,14 +80,7 @@ std::streamsize DescriptorBuffer::xsputn(const char* a_text, std::streamsize a_c
 {
     std::size_t count = static_cast<std::size_t>(a_count);
     if (count <= static_cast<std::size_t>(epptr() - pptr())) {
-        // Most pieces are a few bytes: copied in place, without a call.
-        char* end = pptr();
-        if (count <= 16) {
-            for (std::size_t i = 0; i < count; ++i)
-                end[i] = a_text[i];
-        } else {
-            std::memcpy(end, a_text, count);
-        }
+        copySmall(pptr(), a_text, count);
         pbump(static_cast<int>(count));
         return a_count;
     }

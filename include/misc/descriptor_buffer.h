@@ -7,7 +7,9 @@
 #define VELCOR_MISC_DESCRIPTOR_BUFFER_H
 
 #include <cstddef>
+#include <cstring>
 #include <streambuf>
+#include <typeinfo>
 #include <vector>
 
 namespace misc {
@@ -28,12 +30,60 @@ public:
     bool close();
     bool isOpen() const { return m_descriptor >= 0; }
 
+    // a_buffer as a DescriptorBuffer when that is what it is, else null: a
+    // writer that knows it can put text in without a virtual call.
+    static DescriptorBuffer* direct(std::streambuf* a_buffer)
+    {
+        return a_buffer && typeid(*a_buffer) == typeid(DescriptorBuffer) ? static_cast<DescriptorBuffer*>(a_buffer)
+                                                                          : nullptr;
+    }
+
+    // What sputn and sputc do, with the common case inline: false when not
+    // everything could be written.
+    bool append(const char* a_text, std::size_t a_count)
+    {
+        char* end = pptr();
+        if (a_count > static_cast<std::size_t>(epptr() - end))
+            return DescriptorBuffer::xsputn(a_text, static_cast<std::streamsize>(a_count)) ==
+                   static_cast<std::streamsize>(a_count);
+        copySmall(end, a_text, a_count);
+        pbump(static_cast<int>(a_count));
+        return true;
+    }
+    bool append(char a_char)
+    {
+        if (pptr() == epptr())
+            return !traits_type::eq_int_type(DescriptorBuffer::overflow(traits_type::to_int_type(a_char)),
+                                             traits_type::eof());
+        *pptr() = a_char;
+        pbump(1);
+        return true;
+    }
+
 protected:
     int_type overflow(int_type a_char) override;
     int sync() override;
     std::streamsize xsputn(const char* a_text, std::streamsize a_count) override;
 
 private:
+    // Most pieces are a few bytes: copied as two words that overlap in the
+    // middle (never reading past the text), without a call.
+    static void copySmall(char* a_to, const char* a_from, std::size_t a_count)
+    {
+        if (a_count >= 8 && a_count <= 16) {
+            std::memcpy(a_to, a_from, 8);
+            std::memcpy(a_to + a_count - 8, a_from + a_count - 8, 8);
+        } else if (a_count >= 4 && a_count < 8) {
+            std::memcpy(a_to, a_from, 4);
+            std::memcpy(a_to + a_count - 4, a_from + a_count - 4, 4);
+        } else if (a_count < 4) {
+            for (std::size_t i = 0; i < a_count; ++i)
+                a_to[i] = a_from[i];
+        } else {
+            std::memcpy(a_to, a_from, a_count);
+        }
+    }
+
     bool drain();
     bool writeAll(const char* a_text, std::size_t a_count);
 

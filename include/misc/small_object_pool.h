@@ -61,7 +61,7 @@ private:
     // Sizes are rounded up to the alignment of any object.
     static constexpr std::size_t GRAIN = alignof(std::max_align_t);
     static constexpr std::size_t SLOTS = 16;
-    static constexpr std::size_t BLOCK_BYTES = std::size_t(1) << 20;
+    static constexpr std::size_t BLOCK_BYTES = std::size_t(2) << 20;
 
     static std::size_t slotOf(std::size_t a_size) { return a_size == 0 ? 0 : (a_size - 1) / GRAIN; }
 
@@ -69,9 +69,11 @@ private:
     // and its rooms are reused from run to run.
     void newBlock()
     {
-        m_next = static_cast<char*>(::operator new(BLOCK_BYTES));
+        m_next = static_cast<char*>(allocateBlock(BLOCK_BYTES));
         m_left = BLOCK_BYTES;
     }
+    // a_bytes (a power of two) on a boundary of a_bytes, from the system.
+    static void* allocateBlock(std::size_t a_bytes);
 
     FreeRoom* m_free[SLOTS] = {};
     char* m_next = nullptr;

@@ -11,11 +11,16 @@
 #include <ostream>
 #include <string>
 
+#include "misc/descriptor_buffer.h"
+
 namespace misc {
 
 class Writer {
 public:
-    explicit Writer(std::ostream& a_stream) : m_stream(a_stream) {}
+    explicit Writer(std::ostream& a_stream)
+        : m_stream(a_stream), m_direct(DescriptorBuffer::direct(a_stream.rdbuf()))
+    {
+    }
 
     // A null text is refused as the stream refuses it: nothing, and bad.
     Writer& operator<<(const char* a_text)
@@ -30,6 +35,11 @@ public:
     Writer& operator<<(char a_char)
     {
         std::streambuf* buffer = m_stream.rdbuf();
+        if (buffer == m_direct && m_direct && m_stream.good()) {
+            if (!m_direct->append(a_char))
+                m_stream.setstate(std::ios::badbit);
+            return *this;
+        }
         if (!buffer || !m_stream.good() || std::streambuf::traits_type::eq_int_type(
                                                  buffer->sputc(a_char), std::streambuf::traits_type::eof()))
             m_stream.setstate(std::ios::badbit);
@@ -52,6 +62,11 @@ private:
     Writer& write(const char* a_text, std::size_t a_count)
     {
         std::streambuf* buffer = m_stream.rdbuf();
+        if (buffer == m_direct && m_direct && m_stream.good()) {
+            if (!m_direct->append(a_text, a_count))
+                m_stream.setstate(std::ios::badbit);
+            return *this;
+        }
         if (!buffer || !m_stream.good())
             m_stream.setstate(std::ios::badbit);
         else if (buffer->sputn(a_text, static_cast<std::streamsize>(a_count)) != static_cast<std::streamsize>(a_count))
@@ -68,6 +83,8 @@ private:
     }
 
     std::ostream& m_stream;
+    // The stream's buffer, when text can be put straight into it.
+    DescriptorBuffer* m_direct;
 };
 
 } // namespace misc
