@@ -60,8 +60,6 @@ static void endInstruction()
 #include "parse.h"
 }
 
-%define parse.trace
-
 %union {
     long num;
     TOP op;
@@ -89,7 +87,6 @@ static void endInstruction()
 
 start
     : {
-          yydebug = 0;
           basic_block = new BasicBlock(0, 1, 0, parse_symbol_table);
           raw_transition.initRawTransition();
       }
@@ -107,8 +104,8 @@ Lines
     ;
 
 Line
-    : LineStart SEMICOLON Pc_address SEMICOLON Instruction { yydebug = 0; }
-    | LineStart Pc_address SEMICOLON Instruction { yydebug = 0; }
+    : LineStart SEMICOLON Pc_address SEMICOLON Instruction
+    | LineStart Pc_address SEMICOLON Instruction
     ;
 
 /* The address column: where the instruction is, and on which line. */

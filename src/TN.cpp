@@ -11,11 +11,11 @@ long registerNumberOf(const char* a_name)
     // Read as the format "%c%ld" would: any first character, then a decimal
     // number (blanks and a sign allowed); overflow saturates.
     if (a_name[0] != 'r')
-        return 129;
+        return NO_REGISTER_NUMBER;
     const char* digits = a_name + 1;
     const char* end = nullptr;
     long value = misc::readLong(digits, 10, &end);
-    return end == digits ? 129 : value;
+    return end == digits ? NO_REGISTER_NUMBER : value;
 }
 
 TN::TN(long a_value) : m_value(a_value), m_type(TN_CONST) {}
@@ -23,19 +23,20 @@ TN::TN(long a_value) : m_value(a_value), m_type(TN_CONST) {}
 TN::TN(TN_t a_kind, long a_value) : m_value(a_value), m_type(a_kind) {}
 
 TN::TN(TN_t a_kind, const char* a_name)
-    : m_type(a_name[0] == '.' ? TN_LABEL : a_kind), m_name(correctNameForIcs(a_name))
+    : m_name(correctNameForIcs(a_name)), m_type(a_name[0] == '.' ? TN_LABEL : a_kind)
 {
-    m_value = registerNumberOf(m_name.c_str());
+    m_value = m_name_number = registerNumberOf(m_name.c_str());
 }
 
 TN::TN(TN_t a_kind, const char* a_temporary_name, const char* a_name)
-    : m_temporary_name(correctNameForIcs(a_temporary_name)), m_type(a_kind), m_name(correctNameForIcs(a_name))
+    : m_temporary_name(correctNameForIcs(a_temporary_name)), m_name(correctNameForIcs(a_name)), m_type(a_kind)
 {
-    m_value = registerNumberOf(m_name.c_str());
+    m_value = m_name_number = registerNumberOf(m_name.c_str());
 }
 
 TN::TN(TN_t a_kind, const char* a_name, long a_value)
-    : m_value(a_value), m_type(a_kind), m_name(correctNameForIcs(a_name))
+    : m_name(correctNameForIcs(a_name)), m_value(a_value), m_name_number(registerNumberOf(m_name.c_str())),
+      m_type(a_kind)
 {
 }
 
@@ -50,6 +51,7 @@ TN& TN::operator=(const TN& a_other)
     m_type = a_other.m_type;
     m_isAddress = a_other.m_isAddress;
     m_name = a_other.m_name;
+    m_name_number = a_other.m_name_number;
     m_pointer_to_array = a_other.m_pointer_to_array;
     noteConstChange(was_const, old_value);
     return *this;
@@ -60,6 +62,7 @@ void TN::update(const TN* a_other)
     bool was_const = isConst();
     long old_value = m_value;
     m_name = a_other->m_name;
+    m_name_number = a_other->m_name_number;
     m_value = a_other->m_value;
     m_type = a_other->m_type;
     m_temporary_name = a_other->m_temporary_name;
@@ -102,7 +105,7 @@ bool TN::isCorrectName(const char* a_name)
 
 bool TN::holdsNamed(TN_t a_kind, bool a_with_flags) const
 {
-    return m_type == a_kind && m_temporary_name.empty() && m_value == registerNumberOf(m_name.c_str()) &&
+    return m_type == a_kind && m_temporary_name.empty() && m_value == m_name_number &&
            !(a_with_flags && (m_isAddress || m_pointer_to_array));
 }
 

@@ -23,7 +23,8 @@ enum TN_t {
 };
 
 // The value a named operand carries: the number after a leading "r" when one
-// can be read (r31 gives 31), otherwise 129.
+// can be read (r31 gives 31), otherwise NO_REGISTER_NUMBER.
+constexpr long NO_REGISTER_NUMBER = 129;
 long registerNumberOf(const char* a_name);
 
 class TN {
@@ -90,10 +91,13 @@ private:
     static std::uint64_t s_const_generation;
 
     std::string m_temporary_name;
+    std::string m_name;
     long m_value = 0;
+    // registerNumberOf(m_name), kept with the name: registering a name
+    // again asks for it every time.
+    long m_name_number = NO_REGISTER_NUMBER;
     TN_t m_type;
     bool m_isAddress = false;
-    std::string m_name;
     bool m_pointer_to_array = false;
 };
 

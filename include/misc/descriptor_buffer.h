@@ -38,26 +38,18 @@ public:
                                                                           : nullptr;
     }
 
-    // What sputn and sputc do, with the common case inline: false when not
-    // everything could be written.
-    bool append(const char* a_text, std::size_t a_count)
+    // Whether a_count bytes fit in the buffer as it is; appendFitting then
+    // puts them in as sputn would, inline.
+    bool fits(std::size_t a_count) const { return a_count <= static_cast<std::size_t>(epptr() - pptr()); }
+    void appendFitting(const char* a_text, std::size_t a_count)
     {
-        char* end = pptr();
-        if (a_count > static_cast<std::size_t>(epptr() - end))
-            return DescriptorBuffer::xsputn(a_text, static_cast<std::streamsize>(a_count)) ==
-                   static_cast<std::streamsize>(a_count);
-        copySmall(end, a_text, a_count);
+        copySmall(pptr(), a_text, a_count);
         pbump(static_cast<int>(a_count));
-        return true;
     }
-    bool append(char a_char)
+    void appendFitting(char a_char)
     {
-        if (pptr() == epptr())
-            return !traits_type::eq_int_type(DescriptorBuffer::overflow(traits_type::to_int_type(a_char)),
-                                             traits_type::eof());
         *pptr() = a_char;
         pbump(1);
-        return true;
     }
 
 protected:

@@ -18,7 +18,7 @@ namespace misc {
 class Writer {
 public:
     explicit Writer(std::ostream& a_stream)
-        : m_stream(a_stream), m_direct(DescriptorBuffer::direct(a_stream.rdbuf()))
+        : m_stream(a_stream), m_state(a_stream), m_direct(DescriptorBuffer::direct(a_stream.rdbuf()))
     {
     }
 
@@ -34,16 +34,11 @@ public:
     Writer& operator<<(const std::string& a_text) { return write(a_text.data(), a_text.size()); }
     Writer& operator<<(char a_char)
     {
-        std::streambuf* buffer = m_stream.rdbuf();
-        if (buffer == m_direct && m_direct && m_stream.good()) {
-            if (!m_direct->append(a_char))
-                m_stream.setstate(std::ios::badbit);
+        if (direct() && m_direct->fits(1)) {
+            m_direct->appendFitting(a_char);
             return *this;
         }
-        if (!buffer || !m_stream.good() || std::streambuf::traits_type::eq_int_type(
-                                                 buffer->sputc(a_char), std::streambuf::traits_type::eof()))
-            m_stream.setstate(std::ios::badbit);
-        return *this;
+        return putSlowly(a_char);
     }
     Writer& operator<<(int a_value) { return number(a_value); }
     Writer& operator<<(long a_value) { return number(a_value); }
@@ -57,22 +52,24 @@ public:
     std::ostream& stream() const { return m_stream; }
 
 private:
-    // As the stream would: nothing into a stream that failed or has no
-    // buffer, which is then marked bad.
+    // Whether text can go straight into the buffer: the stream is still
+    // good and still has the buffer it had.
+    bool direct() const { return m_direct && m_state.rdbuf() == m_direct && m_state.rdstate() == 0; }
+
+    // The common case inline, where a literal's length is known when it is
+    // compiled; the rest as the stream would do it.
     Writer& write(const char* a_text, std::size_t a_count)
     {
-        std::streambuf* buffer = m_stream.rdbuf();
-        if (buffer == m_direct && m_direct && m_stream.good()) {
-            if (!m_direct->append(a_text, a_count))
-                m_stream.setstate(std::ios::badbit);
+        if (direct() && m_direct->fits(a_count)) {
+            m_direct->appendFitting(a_text, a_count);
             return *this;
         }
-        if (!buffer || !m_stream.good())
-            m_stream.setstate(std::ios::badbit);
-        else if (buffer->sputn(a_text, static_cast<std::streamsize>(a_count)) != static_cast<std::streamsize>(a_count))
-            m_stream.setstate(std::ios::badbit);
-        return *this;
+        return writeSlowly(a_text, a_count);
     }
+    // As the stream would: nothing into a stream that failed or has no
+    // buffer, which is then marked bad.
+    Writer& writeSlowly(const char* a_text, std::size_t a_count);
+    Writer& putSlowly(char a_char);
 
     template <class Number>
     Writer& number(Number a_value)
@@ -83,6 +80,8 @@ private:
     }
 
     std::ostream& m_stream;
+    // The stream's state and buffer, reached once.
+    std::ios& m_state;
     // The stream's buffer, when text can be put straight into it.
     DescriptorBuffer* m_direct;
 };
