@@ -1,18 +1,43 @@
 #include "memory_name.h"
 
+#include <charconv>
 #include <cstring>
 #include <limits>
 
 #include "misc/number_text.h"
 
+namespace {
+
+// "MEM[", a_offset, a_middle, a_rest and a_end, built in one piece: the
+// translator names a cell for nearly every load and store.
+std::string cellName(long a_offset, const char* a_middle, const char* a_rest, std::size_t a_rest_length,
+                     const char* a_end)
+{
+    char digits[24];
+    const std::size_t digit_count =
+        static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, a_offset).ptr - digits);
+    const std::size_t middle_length = std::strlen(a_middle);
+    const std::size_t end_length = std::strlen(a_end);
+    std::string name;
+    name.reserve(4 + digit_count + middle_length + a_rest_length + end_length);
+    name.append("MEM[", 4)
+        .append(digits, digit_count)
+        .append(a_middle, middle_length)
+        .append(a_rest, a_rest_length)
+        .append(a_end, end_length);
+    return name;
+}
+
+} // namespace
+
 std::string memoryCellName(long a_offset)
 {
-    return "MEM[" + std::to_string(a_offset) + "]";
+    return cellName(a_offset, "", "", 0, "]");
 }
 
 std::string memoryCellName(long a_offset, const std::string& a_base)
 {
-    return "MEM[" + std::to_string(a_offset) + "+" + a_base + "]";
+    return cellName(a_offset, "+", a_base.data(), a_base.size(), "]");
 }
 
 bool isMemoryCellName(const char* a_name)
@@ -30,7 +55,7 @@ bool shiftedMemoryCellName(const char* a_name, std::int32_t a_offset, std::strin
     if (end == text || *end != '+' || end[1] == '\0' || number < std::numeric_limits<std::int32_t>::min() ||
         number > std::numeric_limits<std::int32_t>::max())
         return false;
-    a_result = "MEM[" + std::to_string(addOffsets(static_cast<std::int32_t>(number), a_offset)) + "+" + (end + 1);
+    a_result = cellName(addOffsets(static_cast<std::int32_t>(number), a_offset), "", end, std::strlen(end), "");
     return true;
 }
 

@@ -35,35 +35,42 @@ TN* Symbols::store(const std::string& a_key, TN a_contents)
     return fresh;
 }
 
+// Registering a name is most of what a listing does. A name that needs no
+// correction is its own key: one lookup finds its operand, which is most
+// often left as it is, or makes room for a new one.
+
 TN* Symbols::addTN(TN_t a_type, const char* a_name)
 {
     if (!a_name)
         return nullptr;
     if (a_name[0] == '.')
         a_type = TN_LABEL;
-    if (TN* same = unchangedBy(a_type, a_name, true))
-        return same;
-    std::string key = correctNameForIcs(a_name);
-    return store(key, TN(a_type, key.c_str()));
+    if (!TN::isCorrectName(a_name)) {
+        std::string key = correctNameForIcs(a_name);
+        return store(key, TN(a_type, key.c_str()));
+    }
+    std::pair<Table::iterator, bool> entry = m_table.findOrAdd(a_name, nullptr);
+    TN*& tn = entry.first->second;
+    if (entry.second)
+        tn = own(new TN(a_type, a_name));
+    else if (!tn->holdsNamed(a_type, true))
+        *tn = TN(a_type, a_name);
+    return tn;
 }
 
 TN* Symbols::addNamedTN(TN_t a_type, const char* a_name)
 {
-    if (TN* same = unchangedBy(a_type, a_name, false))
-        return same;
-    return addTN(new TN(a_type, a_name));
-}
-
-TN* Symbols::unchangedBy(TN_t a_type, const char* a_name, bool a_with_flags) const
-{
-    // Registering a name again is most of what a listing does: it costs a
-    // lookup when the operand already holds what it would be set to.
     if (!TN::isCorrectName(a_name))
-        return nullptr;
-    Table::const_iterator found = m_table.find(a_name);
-    if (found == m_table.end() || !found->second->holdsNamed(a_type, a_with_flags))
-        return nullptr;
-    return found->second;
+        return addTN(new TN(a_type, a_name));
+    std::pair<Table::iterator, bool> entry = m_table.findOrAdd(a_name, nullptr);
+    TN*& tn = entry.first->second;
+    if (entry.second) {
+        tn = own(new TN(a_type, a_name));
+    } else if (!tn->holdsNamed(a_type, false)) {
+        TN fresh(a_type, a_name);
+        tn->update(&fresh);
+    }
+    return tn;
 }
 
 TN* Symbols::addTN(TN_t a_type, const char* a_first, const char* a_name)

@@ -50,9 +50,6 @@ public:
 
 private:
     TN* store(const std::string& a_key, TN a_contents);
-    // The operand of a_name when setting it afresh to (a_type, a_name)
-    // changes nothing, else null.
-    TN* unchangedBy(TN_t a_type, const char* a_name, bool a_with_flags) const;
     TN* own(TN* a_tn);
 
     system_t m_system = TARGET;

@@ -172,6 +172,19 @@ public:
         return {addAtHead(a_key, hash, a_value), true};
     }
 
+    // The entry of a_key, added with a_value when absent (the table grows
+    // only then, as find followed by insert would have it): one hash and
+    // one walk of the key's bucket. Text keys only.
+    std::pair<iterator, bool> findOrAdd(const char* a_key, const V& a_value)
+    {
+        const std::uint32_t hash = hashString(a_key);
+        iterator found = findHashed(a_key, hash);
+        if (found != end())
+            return {found, false};
+        growFor(m_count + 1);
+        return {addAtHead(a_key, hash, a_value), true};
+    }
+
     // Assignment-style access: the table grows first, then the entry is
     // found or added with a default value.
     V& operator[](const char* a_key) { return insert(a_key, V()).first->second; }
