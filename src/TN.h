@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 
+#include "misc/compact_text.h"
 #include "misc/small_object_pool.h"
 
 enum TN_t {
@@ -90,7 +91,7 @@ private:
 
     static std::uint64_t s_const_generation;
 
-    std::string m_temporary_name;
+    misc::CompactText m_temporary_name;
     std::string m_name;
     long m_value = 0;
     // registerNumberOf(m_name), kept with the name: registering a name

@@ -11,6 +11,7 @@
 
 #include "TN.h"
 #include "common.h"
+#include "misc/compact_text.h"
 #include "misc/handle.h"
 #include "misc/small_object_pool.h"
 
@@ -144,10 +145,18 @@ private:
     };
     NodeCount m_count;
 
+    // The members are ordered so that the node packs into six words: there
+    // are hundreds of thousands of nodes.
+public:
+    bool mark = false;
+
+protected:
+    bool m_shareable = false;
+    bool m_const = false;
+
 public:
     expression_type_t m_type;
     operator_t m_operator = NOOP;
-    bool mark = false;
     static int last;
 
 protected:
@@ -158,14 +167,12 @@ protected:
     // This node where it may be shared, a copy of it otherwise.
     static ExpHandle shareOrCopy(const ExpHandle& a_exp);
 
-    std::uint64_t m_shape = 0;
-    bool m_shareable = false;
-    // isConst and constValue of a node with operands, valid while
-    // TN::constGeneration() equals m_const_generation: each node of a shared
-    // subtree is then evaluated once, not once per path to it.
-    std::uint64_t m_const_generation = 0;
-    bool m_const = false;
+    // isConst and constValue of a node with operands (m_const above), valid
+    // while TN::constGeneration() equals m_const_generation: each node of a
+    // shared subtree is then evaluated once, not once per path to it.
     std::int32_t m_const_value = 0;
+    std::uint64_t m_shape = 0;
+    std::uint64_t m_const_generation = 0;
 };
 
 class ConstExp : public Expression {
@@ -228,7 +235,7 @@ public:
     const char* getValue() override { return nullptr; }
 
     TN* m_value;
-    std::string m_name;
+    misc::CompactText m_name;
 };
 
 class UnaryExp : public Expression {

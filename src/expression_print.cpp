@@ -63,7 +63,7 @@ void VarExp::print(bool a_prime, system_t a_system, bool)
     if (m_value)
         m_value->print(a_prime, a_system != TARGET);
     else
-        misc::Writer(*getOutFile()) << m_name;
+        misc::Writer(*getOutFile()) << m_name.c_str();
 }
 
 void UnaryExp::print(bool a_prime, system_t a_system, bool)

@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "misc/key_text.h"
 #include "misc/small_object_pool.h"
 
 namespace misc {
@@ -49,19 +50,53 @@ enum class KeyCompare { Text, Identity };
 
 template <class V>
 class StringHashMap {
+public:
+    using value_type = std::pair<const KeyText, V>;
+
+private:
     // Each node keeps its key's hash: a lookup compares texts only when
-    // the hashes agree, and growth never hashes a key again.
+    // the hashes agree, and growth never hashes a key again. The key's text
+    // follows the node in the same block.
     struct Node {
-        VELCOR_POOLED_ALLOCATION
         Node* m_next;
         std::uint32_t m_hash;
-        std::pair<const std::string, V> m_entry;
-        Node(Node* a_next, std::uint32_t a_hash, const char* a_key, const V& a_value)
-            : m_next(a_next), m_hash(a_hash), m_entry(a_key, a_value) {}
+        value_type m_entry;
+        Node(Node* a_next, std::uint32_t a_hash, const char* a_text, std::size_t a_size, const V& a_value)
+            : m_next(a_next), m_hash(a_hash), m_entry(KeyText(a_text, a_size), a_value) {}
     };
 
+    static Node* makeNode(Node* a_next, std::uint32_t a_hash, const char* a_key, std::size_t a_size,
+                          const V& a_value)
+    {
+        const std::size_t bytes = sizeof(Node) + a_size + 1;
+        void* block = allocateBlock(bytes);
+        char* text = static_cast<char*>(block) + sizeof(Node);
+        std::memcpy(text, a_key, a_size);
+        text[a_size] = '\0';
+        try {
+            return new (block) Node(a_next, a_hash, text, a_size, a_value);
+        } catch (...) {
+            releaseBlock(block, bytes);
+            throw;
+        }
+    }
+
+    static void dropNode(Node* a_node)
+    {
+        const std::size_t bytes = sizeof(Node) + a_node->m_entry.first.size() + 1;
+        a_node->~Node();
+        releaseBlock(a_node, bytes);
+    }
+
+#ifdef VELCOR_POOL_OFF
+    static void* allocateBlock(std::size_t a_bytes) { return ::operator new(a_bytes); }
+    static void releaseBlock(void* a_block, std::size_t) { ::operator delete(a_block); }
+#else
+    static void* allocateBlock(std::size_t a_bytes) { return smallObjects().allocate(a_bytes); }
+    static void releaseBlock(void* a_block, std::size_t a_bytes) { smallObjects().release(a_block, a_bytes); }
+#endif
+
 public:
-    using value_type = std::pair<const std::string, V>;
 
     template <bool Const>
     class Iter {
@@ -197,7 +232,7 @@ public:
         while (*link != a_position.m_node)
             link = &(*link)->m_next;
         *link = a_position.m_node->m_next;
-        delete a_position.m_node;
+        dropNode(a_position.m_node);
         --m_count;
         return next;
     }
@@ -217,7 +252,7 @@ public:
         for (Node*& head : m_buckets) {
             while (head) {
                 Node* next = head->m_next;
-                delete head;
+                dropNode(head);
                 head = next;
             }
         }
@@ -246,7 +281,7 @@ private:
     iterator addAtHead(const char* a_key, std::uint32_t a_hash, const V& a_value)
     {
         std::size_t bucket = a_hash % m_buckets.size();
-        m_buckets[bucket] = new Node(m_buckets[bucket], a_hash, a_key, a_value);
+        m_buckets[bucket] = makeNode(m_buckets[bucket], a_hash, a_key, std::strlen(a_key), a_value);
         ++m_count;
         return iterator(this, bucket, m_buckets[bucket]);
     }
@@ -275,7 +310,8 @@ private:
         for (std::size_t i = 0; i < a_other.m_buckets.size(); ++i) {
             Node** tail = &m_buckets[i];
             for (Node* n = a_other.m_buckets[i]; n; n = n->m_next) {
-                *tail = new Node(nullptr, n->m_hash, n->m_entry.first.c_str(), n->m_entry.second);
+                *tail = makeNode(nullptr, n->m_hash, n->m_entry.first.data(), n->m_entry.first.size(),
+                                 n->m_entry.second);
                 tail = &(*tail)->m_next;
             }
         }

@@ -12,6 +12,7 @@
 #include <string>
 
 #include "misc/descriptor_buffer.h"
+#include "misc/key_text.h"
 
 namespace misc {
 
@@ -32,6 +33,7 @@ public:
         return write(a_text, std::strlen(a_text));
     }
     Writer& operator<<(const std::string& a_text) { return write(a_text.data(), a_text.size()); }
+    Writer& operator<<(const KeyText& a_text) { return write(a_text.data(), a_text.size()); }
     Writer& operator<<(char a_char)
     {
         if (direct() && m_direct->fits(1)) {
