@@ -146,9 +146,14 @@ std::uint64_t textShape(const char* a_text)
     return value;
 }
 
-ExpHandle negation(const ExpHandle& a_exp)
+// Whether a_exp equals the node UnaryExp(NOT, a_operand) would be, as the
+// structural equality finds it (kind, fingerprint, operator, operand),
+// without making that node: conditionals are built by the hundred thousand.
+bool isNegationOf(const ExpHandle& a_exp, const ExpHandle& a_operand)
 {
-    return new UnaryExp(NOT, a_exp);
+    return a_exp->m_type == UNARY_EXP &&
+           a_exp->shape() == Expression::shapeOf(UNARY_EXP, NOT, a_operand->shape()) && a_exp->m_operator == NOT &&
+           a_exp->operand(1) == a_operand;
 }
 
 // One branch of a new conditional on a_condition: a nested conditional on
@@ -160,7 +165,7 @@ ExpHandle cutNestedIf(const ExpHandle& a_condition, const ExpHandle& a_branch, i
     ExpHandle inner = a_branch->operand(1);
     if (inner == a_condition)
         return a_branch->operand(a_same);
-    if (inner == negation(a_condition) || a_condition == negation(inner))
+    if (isNegationOf(inner, a_condition) || isNegationOf(a_condition, inner))
         return a_branch->operand(a_negated);
     return a_branch;
 }
@@ -297,15 +302,21 @@ bool operator==(const ExpHandle& a_left, const ExpHandle& a_right)
 
 // ---------------------------------------------------------------- Expression
 
-void Expression::setShape(std::uint64_t a_first, std::uint64_t a_second, std::uint64_t a_third)
+std::uint64_t Expression::shapeOf(expression_type_t a_type, operator_t a_operator, std::uint64_t a_first,
+                                  std::uint64_t a_second, std::uint64_t a_third)
 {
     // Odd multipliers keep the parts' positions apart; one final mix
     // spreads them. Every node gets one, so it is kept cheap.
-    std::uint64_t value = (static_cast<std::uint64_t>(m_type) << 32) ^ static_cast<std::uint32_t>(m_operator);
+    std::uint64_t value = (static_cast<std::uint64_t>(a_type) << 32) ^ static_cast<std::uint32_t>(a_operator);
     value = value * 0x9e3779b97f4a7c15ull + a_first;
     value = value * 0xc2b2ae3d27d4eb4full + a_second;
     value = value * 0x165667b19e3779f9ull + a_third;
-    m_shape = mix(value);
+    return mix(value);
+}
+
+void Expression::setShape(std::uint64_t a_first, std::uint64_t a_second, std::uint64_t a_third)
+{
+    m_shape = shapeOf(m_type, m_operator, a_first, a_second, a_third);
 }
 
 std::string Expression::getFresh()

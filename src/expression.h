@@ -118,6 +118,9 @@ public:
     // equal fingerprints, so different fingerprints prove inequality without
     // walking the trees.
     std::uint64_t shape() const { return m_shape; }
+    // The fingerprint of a node of that kind, operator and parts' prints.
+    static std::uint64_t shapeOf(expression_type_t a_type, operator_t a_operator, std::uint64_t a_first,
+                                 std::uint64_t a_second = 0, std::uint64_t a_third = 0);
 
     // Whether copyExp may hand out this very node where a copy is asked for:
     // true when a copy could not be told from the original, i.e. the subtree
