@@ -28,6 +28,12 @@ TN::TN(TN_t a_kind, const char* a_name)
     m_value = m_name_number = registerNumberOf(m_name.c_str());
 }
 
+TN::TN(TN_t a_kind, const char* a_name, CorrectName)
+    : m_name(a_name), m_type(a_name[0] == '.' ? TN_LABEL : a_kind)
+{
+    m_value = m_name_number = registerNumberOf(m_name.c_str());
+}
+
 TN::TN(TN_t a_kind, const char* a_temporary_name, const char* a_name)
     : m_temporary_name(correctNameForIcs(a_temporary_name)), m_name(correctNameForIcs(a_name)), m_type(a_kind)
 {

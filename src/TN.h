@@ -35,6 +35,9 @@ public:
     TN(TN_t a_kind, long a_value);
     // Kind TN_LABEL when the name starts with a full stop.
     TN(TN_t a_kind, const char* a_name);
+    // The same for a name that isCorrectName has accepted.
+    struct CorrectName {};
+    TN(TN_t a_kind, const char* a_name, CorrectName);
     TN(TN_t a_kind, const char* a_temporary_name, const char* a_name);
     TN(TN_t a_kind, const char* a_name, long a_value);
     TN(const TN&) = default;

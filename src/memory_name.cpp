@@ -18,14 +18,21 @@ std::string cellName(long a_offset, const char* a_middle, const char* a_rest, st
         static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, a_offset).ptr - digits);
     const std::size_t middle_length = std::strlen(a_middle);
     const std::size_t end_length = std::strlen(a_end);
-    std::string name;
-    name.reserve(4 + digit_count + middle_length + a_rest_length + end_length);
-    name.append("MEM[", 4)
-        .append(digits, digit_count)
-        .append(a_middle, middle_length)
-        .append(a_rest, a_rest_length)
-        .append(a_end, end_length);
-    return name;
+    const std::size_t length = 4 + digit_count + middle_length + a_rest_length + end_length;
+    char small[128];
+    std::string large;
+    char* text = small;
+    if (length > sizeof small) {
+        large.resize(length);
+        text = &large[0];
+    }
+    char* place = text;
+    for (const auto& piece : {std::pair<const char*, std::size_t>("MEM[", 4), {digits, digit_count},
+                              {a_middle, middle_length}, {a_rest, a_rest_length}, {a_end, end_length}}) {
+        std::memcpy(place, piece.first, piece.second);
+        place += piece.second;
+    }
+    return text == small ? std::string(small, length) : large;
 }
 
 } // namespace
@@ -56,6 +63,14 @@ bool shiftedMemoryCellName(const char* a_name, std::int32_t a_offset, std::strin
         number > std::numeric_limits<std::int32_t>::max())
         return false;
     a_result = cellName(addOffsets(static_cast<std::int32_t>(number), a_offset), "", end, std::strlen(end), "");
+    return true;
+}
+
+bool memberCellName(const char* a_base, std::int32_t a_offset, bool a_through_pointer, std::string& a_result)
+{
+    if (!a_through_pointer)
+        return shiftedMemoryCellName(a_base, a_offset, a_result);
+    a_result = cellName(a_offset, "+", a_base, std::strlen(a_base), "]");
     return true;
 }
 

@@ -25,6 +25,7 @@ bool shiftedMemoryCellName(const char* a_name, std::int32_t a_offset, std::strin
 // the cell a_base that holds the structure by value (shifted as above);
 // false when a_base is no cell to shift.
 bool memberCellName(const std::string& a_base, std::int32_t a_offset, bool a_through_pointer, std::string& a_result);
+bool memberCellName(const char* a_base, std::int32_t a_offset, bool a_through_pointer, std::string& a_result);
 
 // Reads a name "MEM[k+B]" back: a_offsets gets the offsets from the
 // innermost cell out (MEM[0+MEM[16+C_]] gives 16, 0), a_base the name the

@@ -52,9 +52,9 @@ TN* Symbols::addTN(TN_t a_type, const char* a_name)
     std::pair<Table::iterator, bool> entry = m_table.findOrAdd(a_name, nullptr);
     TN*& tn = entry.first->second;
     if (entry.second)
-        tn = own(new TN(a_type, a_name));
+        tn = own(new TN(a_type, a_name, TN::CorrectName()));
     else if (!tn->holdsNamed(a_type, true))
-        *tn = TN(a_type, a_name);
+        *tn = TN(a_type, a_name, TN::CorrectName());
     return tn;
 }
 
@@ -65,9 +65,9 @@ TN* Symbols::addNamedTN(TN_t a_type, const char* a_name)
     std::pair<Table::iterator, bool> entry = m_table.findOrAdd(a_name, nullptr);
     TN*& tn = entry.first->second;
     if (entry.second) {
-        tn = own(new TN(a_type, a_name));
+        tn = own(new TN(a_type, a_name, TN::CorrectName()));
     } else if (!tn->holdsNamed(a_type, false)) {
-        TN fresh(a_type, a_name);
+        TN fresh(a_type, a_name, TN::CorrectName());
         tn->update(&fresh);
     }
     return tn;

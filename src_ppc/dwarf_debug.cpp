@@ -45,6 +45,7 @@ void dwarf_debug::clear()
     debug_section_index = 0;
     strtable.clear();
     m_debug_table.assign(1, '\0');
+    forgetScannedEntry();
     m_members = t_members(100, misc::KeyCompare::Identity);
     struct_assert_table = t_struct_asserts(100);
     type_field_offset_table = type_field_offsets(100);
@@ -89,6 +90,7 @@ void dwarf_debug::readDwarf(std::istream& a_exe_file, const char* a_path)
     debug_section_index = 0;
     strtable.clear();
     m_debug_table.assign(1, '\0');
+    forgetScannedEntry();
     m_size = 0;
     m_path = a_path ? a_path : "";
     m_modern = false;
@@ -170,6 +172,7 @@ void dwarf_debug::setDwarfSize(int a_size)
 {
     VELCOR_ASSERT(a_size >= 0 && std::size_t(a_size) < m_debug_table.size());
     m_size = a_size;
+    forgetScannedEntry();
 }
 
 // ------------------------------------------------------- bounded table access
@@ -215,6 +218,16 @@ void dwarf_debug::requireEntry(std::size_t a_offset) const
 
 long dwarf_debug::valueSize(std::size_t a_offset, unsigned int a_code, std::size_t a_end) const
 {
+    bool corrupt_value = false;
+    const long size = valueSize(a_offset, a_code, a_end, corrupt_value);
+    if (corrupt_value)
+        corrupt();
+    return size;
+}
+
+long dwarf_debug::valueSize(std::size_t a_offset, unsigned int a_code, std::size_t a_end, bool& a_corrupt) const
+{
+    a_corrupt = false;
     std::uint64_t size = 0;
     switch (a_code & 0xf) {
     case FORM_ADDR:
@@ -229,27 +242,35 @@ long dwarf_debug::valueSize(std::size_t a_offset, unsigned int a_code, std::size
         size = 8;
         break;
     case FORM_BLOCK2:
-        if (a_end - a_offset < 2)
-            corrupt();
+        if (a_end - a_offset < 2) {
+            a_corrupt = true;
+            return 0;
+        }
         size = 2 + std::uint64_t(halfAt(a_offset));
         break;
     case FORM_BLOCK4:
-        if (a_end - a_offset < 4)
-            corrupt();
+        if (a_end - a_offset < 4) {
+            a_corrupt = true;
+            return 0;
+        }
         size = 4 + std::uint64_t(wordAt(a_offset));
         break;
     case FORM_STRING: {
         const void* nul = std::memchr(m_debug_table.data() + a_offset, '\0', a_end - a_offset);
-        if (!nul)
-            corrupt();
+        if (!nul) {
+            a_corrupt = true;
+            return 0;
+        }
         size = static_cast<const char*>(nul) - (m_debug_table.data() + a_offset) + 1;
         break;
     }
     default:
         return -1;
     }
-    if (size > a_end - a_offset)
-        corrupt();
+    if (size > a_end - a_offset) {
+        a_corrupt = true;
+        return 0;
+    }
     return static_cast<long>(size);
 }
 
@@ -308,23 +329,51 @@ char* dwarf_debug::getSibling(char* a_pointer)
     return sibling <= std::size_t(m_size) ? at(sibling) : nullptr;
 }
 
+// The first attribute of that code, read in order: one that cannot be read
+// before it ends the run, whether it comes first or is read again from
+// m_scanned.
 char* dwarf_debug::checkAttribute(dwarf_attribute a_att_field, char* a_pointer)
 {
     std::size_t offset = offsetOf(a_pointer);
-    std::size_t end = entryEnd(offset);
-    for (std::size_t position = offset + ENTRY_PREFIX; position < end;) {
-        if (end - position < 2)
-            corrupt();
+    if (offset != m_scanned.m_offset)
+        scanAttributes(offset);
+    for (const auto& attribute : m_scanned.m_attributes)
+        if (attribute.first == static_cast<unsigned int>(a_att_field))
+            return at(attribute.second);
+    if (m_scanned.m_failure == ScannedEntry::CORRUPT)
+        corrupt();
+    if (m_scanned.m_failure == ScannedEntry::UNKNOWN_FORM)
+        stopRun(" wrong attribute size\n");
+    return nullptr;
+}
+
+void dwarf_debug::scanAttributes(std::size_t a_offset)
+{
+    forgetScannedEntry();
+    const std::size_t end = entryEnd(a_offset);
+    m_scanned.m_attributes.clear();
+    m_scanned.m_failure = ScannedEntry::NONE;
+    for (std::size_t position = a_offset + ENTRY_PREFIX; position < end;) {
+        if (end - position < 2) {
+            m_scanned.m_failure = ScannedEntry::CORRUPT;
+            break;
+        }
         unsigned int code = halfAt(position);
         position += 2;
-        long size = valueSize(position, code, end);
-        if (size < 0)
-            stopRun(" wrong attribute size\n");
-        if (code == static_cast<unsigned int>(a_att_field))
-            return at(position);
+        bool corrupt_value = false;
+        long size = valueSize(position, code, end, corrupt_value);
+        if (corrupt_value) {
+            m_scanned.m_failure = ScannedEntry::CORRUPT;
+            break;
+        }
+        if (size < 0) {
+            m_scanned.m_failure = ScannedEntry::UNKNOWN_FORM;
+            break;
+        }
+        m_scanned.m_attributes.emplace_back(code, position);
         position += static_cast<std::size_t>(size);
     }
-    return nullptr;
+    m_scanned.m_offset = a_offset;
 }
 
 int dwarf_debug::attributeSize(char* a_attp, unsigned int a_attr)
@@ -494,10 +543,10 @@ void dwarf_debug::insertPair(const std::string& a_var_c_name, const std::string&
     m_members.insert(a_var_c_name.c_str(), MemberCell{a_var_a_name, a_byte_size});
 }
 
-void dwarf_debug::recordMemberOffset(const std::string& a_struct_name, const std::string& a_member_name,
-                                     std::int32_t a_offset)
+void dwarf_debug::recordMemberOffset(const char* a_struct_name, const char* a_member_name, std::int32_t a_offset)
 {
-    type_field_offset_table[(a_struct_name + "#" + a_member_name).c_str()] = a_offset;
+    m_offset_key.assign(a_struct_name).append(1, '#').append(a_member_name);
+    type_field_offset_table[m_offset_key.c_str()] = a_offset;
 }
 
 unsigned dwarf_debug::fundamentalTypeSize(unsigned a_code)

@@ -345,6 +345,12 @@ private:
     // Size of the value at a_offset of an attribute a_code, which must end
     // by a_end; -1 for an unknown form.
     long valueSize(std::size_t a_offset, unsigned int a_code, std::size_t a_end) const;
+    // The same, with a value that does not fit reported in a_corrupt.
+    long valueSize(std::size_t a_offset, unsigned int a_code, std::size_t a_end, bool& a_corrupt) const;
+    // Reads the attributes of the entry at a_offset into m_scanned.
+    void scanAttributes(std::size_t a_offset);
+    // Forgets m_scanned (the table or its size changed).
+    void forgetScannedEntry() { m_scanned.m_offset = NO_ENTRY; }
     std::size_t siblingOffset(std::size_t a_offset);
     [[noreturn]] void corrupt() const;
 
@@ -366,8 +372,7 @@ private:
 
     // The one way into the mapping, for both walks.
     void insertPair(const std::string& a_var_c_name, const std::string& a_var_a_name, unsigned a_byte_size) override;
-    void recordMemberOffset(const std::string& a_struct_name, const std::string& a_member_name,
-                            std::int32_t a_offset) override;
+    void recordMemberOffset(const char* a_struct_name, const char* a_member_name, std::int32_t a_offset) override;
 
     Elf32_Ehdr header;
     std::vector<Elf32_Shdr> section_header;
@@ -388,6 +393,20 @@ private:
     std::string m_path;
     std::set<std::size_t> m_expanding;
     int m_depth = 0;
+
+    // The attributes of the entry checkAttribute read last, in their order,
+    // up to the first that cannot be read: the mapping asks one member for
+    // four or five attributes in turn, and each question read them all.
+    static constexpr std::size_t NO_ENTRY = static_cast<std::size_t>(-1);
+    struct ScannedEntry {
+        enum Failure { NONE, CORRUPT, UNKNOWN_FORM };
+        std::size_t m_offset = NO_ENTRY;
+        std::vector<std::pair<unsigned int, std::size_t>> m_attributes; // code, offset of the value
+        Failure m_failure = NONE;
+    };
+    ScannedEntry m_scanned;
+    // The key of recordMemberOffset, kept to spare an allocation a member.
+    std::string m_offset_key;
 };
 
 extern dwarf_debug dwarf_debug_o;

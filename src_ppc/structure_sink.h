@@ -15,8 +15,7 @@ public:
     virtual void insertPair(const std::string& a_source_name, const std::string& a_target_name,
                             unsigned a_byte_size) = 0;
     // The byte offset of a member, under "structure#member".
-    virtual void recordMemberOffset(const std::string& a_struct_name, const std::string& a_member_name,
-                                    std::int32_t a_offset) = 0;
+    virtual void recordMemberOffset(const char* a_struct_name, const char* a_member_name, std::int32_t a_offset) = 0;
 
 protected:
     ~StructureSink() = default;

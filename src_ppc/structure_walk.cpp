@@ -349,7 +349,7 @@ void StructureWalk::mapMember(Dwarf_Die& a_member, const std::string& a_struct_n
 {
     step();
     MemberPlace place = placeOf(a_member);
-    m_sink.recordMemberOffset(a_struct_name, m_entries.name(a_member), place.m_offset);
+    m_sink.recordMemberOffset(a_struct_name.c_str(), m_entries.name(a_member).c_str(), place.m_offset);
     std::string c_name;
     std::string a_name;
     if (!memberCellName(a_c_name, place.m_offset, a_pointer, c_name) ||

@@ -61,12 +61,14 @@ private:
         Node* m_next;
         std::uint32_t m_hash;
         value_type m_entry;
-        Node(Node* a_next, std::uint32_t a_hash, const char* a_text, std::size_t a_size, const V& a_value)
-            : m_next(a_next), m_hash(a_hash), m_entry(KeyText(a_text, a_size), a_value) {}
+        template <class Value>
+        Node(Node* a_next, std::uint32_t a_hash, const char* a_text, std::size_t a_size, Value&& a_value)
+            : m_next(a_next), m_hash(a_hash), m_entry(KeyText(a_text, a_size), std::forward<Value>(a_value)) {}
     };
 
+    template <class Value>
     static Node* makeNode(Node* a_next, std::uint32_t a_hash, const char* a_key, std::size_t a_size,
-                          const V& a_value)
+                          Value&& a_value)
     {
         const std::size_t bytes = sizeof(Node) + a_size + 1;
         void* block = allocateBlock(bytes);
@@ -74,7 +76,7 @@ private:
         std::memcpy(text, a_key, a_size);
         text[a_size] = '\0';
         try {
-            return new (block) Node(a_next, a_hash, text, a_size, a_value);
+            return new (block) Node(a_next, a_hash, text, a_size, std::forward<Value>(a_value));
         } catch (...) {
             releaseBlock(block, bytes);
             throw;
@@ -195,17 +197,8 @@ public:
     bool contains(const char* a_key) const { return find(a_key) != end(); }
 
     // Insertion when absent; the table grows first in either case.
-    std::pair<iterator, bool> insert(const char* a_key, const V& a_value)
-    {
-        growFor(m_count + 1);
-        const std::uint32_t hash = hashString(a_key);
-        if (m_compare == KeyCompare::Text) {
-            iterator found = findHashed(a_key, hash);
-            if (found != end())
-                return {found, false};
-        }
-        return {addAtHead(a_key, hash, a_value), true};
-    }
+    std::pair<iterator, bool> insert(const char* a_key, const V& a_value) { return insertValue(a_key, a_value); }
+    std::pair<iterator, bool> insert(const char* a_key, V&& a_value) { return insertValue(a_key, std::move(a_value)); }
 
     // The entry of a_key, added with a_value when absent (the table grows
     // only then, as find followed by insert would have it): one hash and
@@ -278,10 +271,25 @@ private:
         return end();
     }
 
-    iterator addAtHead(const char* a_key, std::uint32_t a_hash, const V& a_value)
+    template <class Value>
+    std::pair<iterator, bool> insertValue(const char* a_key, Value&& a_value)
+    {
+        growFor(m_count + 1);
+        const std::uint32_t hash = hashString(a_key);
+        if (m_compare == KeyCompare::Text) {
+            iterator found = findHashed(a_key, hash);
+            if (found != end())
+                return {found, false};
+        }
+        return {addAtHead(a_key, hash, std::forward<Value>(a_value)), true};
+    }
+
+    template <class Value>
+    iterator addAtHead(const char* a_key, std::uint32_t a_hash, Value&& a_value)
     {
         std::size_t bucket = a_hash % m_buckets.size();
-        m_buckets[bucket] = makeNode(m_buckets[bucket], a_hash, a_key, std::strlen(a_key), a_value);
+        m_buckets[bucket] =
+            makeNode(m_buckets[bucket], a_hash, a_key, std::strlen(a_key), std::forward<Value>(a_value));
         ++m_count;
         return iterator(this, bucket, m_buckets[bucket]);
     }
