@@ -144,6 +144,22 @@ TEST_F(ReaderTest, AttributesMustEndInsideTheirEntry)
     // A block whose length reaches past the entry.
     read("unit u.c\n  typedef t int with attr 0x0083 ffff01\nend\n");
     EXPECT_EQ(stopMessage([&] { m_reader.checkAttribute(AT_mod_u_d_type, firstChild()); }), corrupt);
+    // The attributes before the bad one are found, however often and in
+    // whatever order they are asked for; one after it, or one the entry
+    // lacks, is not reached.
+    char* t = firstChild();
+    EXPECT_STREQ(m_reader.getEntryName(t), "t");
+    EXPECT_EQ(m_reader.getAttributeValueI(AT_fund_type, t), unsigned(FT_integer));
+    EXPECT_EQ(stopMessage([&] { m_reader.checkAttribute(AT_location, t); }), corrupt);
+    EXPECT_NE(m_reader.checkAttribute(AT_name, t), nullptr);
+    EXPECT_EQ(stopMessage([&] { m_reader.checkAttribute(AT_mod_u_d_type, t); }), corrupt);
+    // A form outside 1 to 8 stops the search in the same way, with its own
+    // message.
+    read("unit u.c\n  typedef t int with attr 0x0039 00\nend\n");
+    t = firstChild();
+    EXPECT_EQ(m_reader.getAttributeValueI(AT_fund_type, t), unsigned(FT_integer));
+    EXPECT_EQ(stopMessage([&] { m_reader.checkAttribute(AT_location, t); }), " wrong attribute size\n");
+    EXPECT_EQ(m_reader.getAttributeValueI(AT_fund_type, t), unsigned(FT_integer));
 }
 
 TEST_F(ReaderTest, LocationsGiveTheFirstAtomsWholeOperand)

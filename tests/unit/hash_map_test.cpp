@@ -175,3 +175,46 @@ TEST(HashMapTest, IdentityKeysNeverMerge)
     const char* second_key = std::next(map.begin())->first.c_str();
     EXPECT_EQ(map.findKeyObject(second_key)->second, 1);
 }
+
+TEST(HashMapTest, FindOrAddGrowsOnlyWhenItAdds)
+{
+    // Unlike insertion, which grows at the growth point whether or not the
+    // key is there, finding an entry leaves the table as it is.
+    StringHashMap<int> map(1);
+    for (const char* key : {"a", "b", "c", "d", "e"})
+        EXPECT_TRUE(map.findOrAdd(key, 1).second);
+    EXPECT_EQ(map.bucketCount(), 5u);
+    auto found = map.findOrAdd("c", 7);
+    EXPECT_FALSE(found.second);
+    EXPECT_EQ(found.first->second, 1);
+    EXPECT_EQ(map.bucketCount(), 5u);
+    auto added = map.findOrAdd("f", 7);
+    EXPECT_TRUE(added.second);
+    EXPECT_EQ(added.first->second, 7);
+    EXPECT_EQ(map.bucketCount(), 53u);
+    EXPECT_EQ(map.size(), 6u);
+}
+
+TEST(HashMapTest, KeysOfAnyLengthKeepTheirText)
+{
+    // Keys longer than a few words, with every byte value but NUL, survive
+    // growth, copies and erasure of their neighbours.
+    std::string long_key(300, 'k');
+    std::string odd_key = "MEM[16452+MEM[0+r3]]";
+    odd_key += "\x01\x7f\x80\xff";
+    StringHashMap<std::string> map(1);
+    map.insert(long_key.c_str(), "long");
+    map.insert(odd_key.c_str(), "odd");
+    for (int i = 0; i < 100; ++i)
+        map.insert(("key" + std::to_string(i)).c_str(), std::to_string(i));
+    map.erase("key50");
+    StringHashMap<std::string> copy(map);
+    map.clear();
+    ASSERT_NE(copy.find(long_key.c_str()), copy.end());
+    EXPECT_EQ(copy.find(long_key.c_str())->first, long_key);
+    EXPECT_EQ(copy.find(long_key.c_str())->first.size(), 300u);
+    EXPECT_EQ(copy.find(odd_key.c_str())->second, "odd");
+    EXPECT_EQ(copy.find("key50"), copy.end());
+    EXPECT_EQ(copy.find("key99")->second, "99");
+    EXPECT_EQ(copy.size(), 101u);
+}
