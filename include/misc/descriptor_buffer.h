@@ -1,8 +1,9 @@
-// A stream buffer over a file descriptor: one large buffer, written out with
+// A stream buffer over a file descriptor: one buffer, written out with
 // write(2) when it is full or flushed. Bytes go in as they are, without the
 // conversion and locale checks that std::filebuf makes on every write, which
 // is what a run that prints tens of megabytes in small pieces spends its
-// time on.
+// time on. 64 KB stays in the processor's cache between writes, where the
+// megabyte it once was made every byte miss twice, going in and going out.
 #ifndef VELCOR_MISC_DESCRIPTOR_BUFFER_H
 #define VELCOR_MISC_DESCRIPTOR_BUFFER_H
 
@@ -16,7 +17,7 @@ namespace misc {
 
 class DescriptorBuffer : public std::streambuf {
 public:
-    explicit DescriptorBuffer(std::size_t a_size = std::size_t(1) << 20);
+    explicit DescriptorBuffer(std::size_t a_size = std::size_t(1) << 16);
     // Writes out what is buffered; closes the descriptor when it owns it.
     ~DescriptorBuffer() override;
     DescriptorBuffer(const DescriptorBuffer&) = delete;
