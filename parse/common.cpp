@@ -37,6 +37,11 @@ const char* const addressStrs[MAX_FORMAT] = {"ADDRESS", "ADDRESS", "ADDRESS"};
 const char* const ptrSignStrs[MAX_FORMAT] = {"X", "X", "X"};
 const char* const fieldSignStrs[MAX_FORMAT] = {"Y", "Y", "Y"};
 
+void updateCurrentOutput()
+{
+    common_detail::current_output = m_redirect ? m_redirect : m_out_buffer.isOpen() ? &m_out_file : nullptr;
+}
+
 void openNumbered(const char* a_format, const char* a_prefix)
 {
     if (m_out_buffer.isOpen())
@@ -51,6 +56,7 @@ void openNumbered(const char* a_format, const char* a_prefix)
         m_out_file.clear();
     }
     outFileIndex = static_cast<signed char>(outFileIndex + 1);
+    updateCurrentOutput();
 }
 
 } // namespace
@@ -65,18 +71,18 @@ void setOutFile()
     openNumbered("stdout.ia64.", nullptr);
 }
 
-std::ostream* getOutFile()
+std::ostream* common_detail::current_output = nullptr;
+
+void common_detail::noOutput()
 {
-    if (m_redirect)
-        return m_redirect;
-    VELCOR_ASSERT(m_out_buffer.isOpen());
-    return &m_out_file;
+    internalError("m_out_buffer.isOpen()", __FILE__, "getOutFile");
 }
 
 void resetOutFile()
 {
     VELCOR_ASSERT(m_out_buffer.isOpen());
     m_out_buffer.close();
+    updateCurrentOutput();
     setOutFile();
 }
 
@@ -89,6 +95,7 @@ std::ostream* setOutStream(std::ostream* a_stream)
 {
     std::ostream* previous = m_redirect;
     m_redirect = a_stream;
+    updateCurrentOutput();
     return previous;
 }
 
@@ -101,6 +108,7 @@ void resetCommon()
 {
     if (m_out_buffer.isOpen())
         m_out_buffer.close();
+    updateCurrentOutput();
     outFileIndex = 0;
     output_format = ICS;
     m_noIf = false;

@@ -21,7 +21,9 @@ enum prime_t { NOPRIME = 0, PRIME = 1 };
 // forms ("a_stdout" gives a_stdout0 for the first file of the run).
 void setOutFile(const char* a_prefix);
 void setOutFile();
-std::ostream* getOutFile();
+// The stream of the redirection, else of the open file; a run without
+// either is an internal error. Every printer asks for it, so it is inline.
+inline std::ostream* getOutFile();
 void resetOutFile();
 bool outFileIsOpen();
 // Sends all output to a_stream instead of the file (null restores the file);
@@ -35,6 +37,20 @@ void resetCommon();
 
 void setOutFormat(output_format_t a_format);
 output_format_t getOutFormat();
+
+namespace common_detail {
+// What getOutFile gives, kept up to date by the functions that open, close
+// and redirect the output: null when there is none.
+extern std::ostream* current_output;
+[[noreturn]] void noOutput();
+} // namespace common_detail
+
+inline std::ostream* getOutFile()
+{
+    if (std::ostream* output = common_detail::current_output)
+        return output;
+    common_detail::noOutput();
+}
 
 void setSkipPrintIf();
 bool skipPrintIf();

@@ -17,19 +17,14 @@ std::ostream& sink()
 
 } // namespace
 
-Writer traceOut()
-{
-    return Writer(quiet ? sink() : std::cout);
-}
-
-Writer traceErr()
-{
-    return Writer(quiet ? sink() : std::cerr);
-}
+std::ostream* trace_detail::out_stream = &std::cout;
+std::ostream* trace_detail::err_stream = &std::cerr;
 
 void setQuiet(bool a_quiet)
 {
     quiet = a_quiet;
+    trace_detail::out_stream = quiet ? &sink() : &std::cout;
+    trace_detail::err_stream = quiet ? &sink() : &std::cerr;
 }
 
 bool isQuiet()

@@ -114,11 +114,31 @@ public:
     long V(int k) const { return m_operands[k]->TNValue(); }
     TN* operand(int k) const { return m_operands[k]; }
 
+    // The path condition as an expression, made when first needed.
+    const ExpHandle& condition()
+    {
+        if (m_cond.isNull() && m_guarded)
+            m_cond = m_annotation.getCond();
+        return m_cond;
+    }
+
+    // value where the path condition holds, old where it does not. A path
+    // condition that is the constant true or false (most of them) would
+    // fold the conditional to one side: it is not made at all.
+    ExpHandle guarded(const ExpHandle& a_value, const ExpHandle& a_old)
+    {
+        if (m_guarded && (m_annotation.isTrue() || m_annotation.isFalse())) {
+            if (a_value == a_old)
+                return a_value;
+            return m_annotation.isTrue() ? a_value : a_old;
+        }
+        return m_machine.mayBeIf(m_annotation.isTrue(), m_annotation.isFalse(), condition(), a_value, a_old);
+    }
+
     // dest := value under the path condition, old being dest's value before.
     void assign(const char* a_destination, const ExpHandle& a_value, const ExpHandle& a_old)
     {
-        m_transition->assign(a_destination, m_machine.mayBeIf(m_annotation.isTrue(), m_annotation.isFalse(), m_cond,
-                                                              a_value, a_old));
+        m_transition->assign(a_destination, guarded(a_value, a_old));
     }
     void assignOperand(int k, const ExpHandle& a_value) { assign(N(k), a_value, E(k)); }
 
@@ -127,6 +147,11 @@ public:
     TN** m_operands;
     int m_id = 0;
     Annotation m_annotation;
+    // Whether m_annotation is the instruction's path condition (branches
+    // have none).
+    bool m_guarded = false;
+
+private:
     ExpHandle m_cond;
 };
 
@@ -157,7 +182,7 @@ void Machine::translate_opcode(Transition* a_transition, TN** a_operands, TOP a_
         previous.print();
         step.m_annotation = Annotation(step.m_id, simplify(gathered, previous));
         setAnnotation(step.m_annotation, false);
-        step.m_cond = step.m_annotation.getCond();
+        step.m_guarded = true;
     } else {
         m_CR_copy = nullptr;
     }
@@ -382,9 +407,9 @@ void Machine::translateLoad(Step& a_step, TOP a_operation)
     } else {
         ExpHandle old = a_step.E(1);
         ExpHandle from_then =
-            mayBeIf(false, false, a_step.m_cond, a_step.m_transition->getExp(access.then_cell), old);
+            mayBeIf(false, false, a_step.condition(), a_step.m_transition->getExp(access.then_cell), old);
         ExpHandle from_else =
-            mayBeIf(false, false, a_step.m_cond, a_step.m_transition->getExp(access.else_cell), old);
+            mayBeIf(false, false, a_step.condition(), a_step.m_transition->getExp(access.else_cell), old);
         a_step.m_transition->assign(a_step.N(1), new TrinaryExp(IF, access.condition, from_then, from_else));
     }
     if (a_operation == lwzu)

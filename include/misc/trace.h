@@ -10,10 +10,24 @@
 
 namespace misc {
 
-// Standard output, or a sink that drops everything when quiet.
-Writer traceOut();
+namespace trace_detail {
+// Where the two kinds of trace go: standard output and standard error, or a
+// sink that drops everything when quiet. Set by setQuiet.
+extern std::ostream* out_stream;
+extern std::ostream* err_stream;
+} // namespace trace_detail
+
+// Standard output, or a sink that drops everything when quiet. A run writes
+// hundreds of thousands of trace lines, so these are inline.
+inline Writer traceOut()
+{
+    return Writer(*trace_detail::out_stream);
+}
 // Standard error, or the same sink when quiet.
-Writer traceErr();
+inline Writer traceErr()
+{
+    return Writer(*trace_detail::err_stream);
+}
 
 void setQuiet(bool a_quiet);
 bool isQuiet();
