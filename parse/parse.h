@@ -73,6 +73,14 @@ TOP get_topcode(const char* a_text, std::size_t a_length);
 // The listing name of any opcode; "UNDEFINED" for any value outside TOP.
 const char* topName(int a_opcode);
 
+// The value of a symbolic address as the grammar reads it, before it is an
+// operand: whether it is the line's own address or a branch target is known
+// only where it stands.
+struct SymbolicAddress {
+    const char* symbol;
+    long offset;
+};
+
 // Scanner: reads the listing from a_listing (named a_name in messages),
 // starting a new input at its first line.
 void startScanner(FILE* a_listing, const char* a_name = nullptr);

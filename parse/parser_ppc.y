@@ -29,7 +29,7 @@ static const char* parserMessage(const char* a_message)
 
 static void addConstant(long a_value)
 {
-    raw_transition.addOperand(*parse_symbol_table->addTN(a_value));
+    raw_transition.addOperand(*parse_symbol_table->constant(a_value));
 }
 
 static void addNamed(const char* a_name)
@@ -37,10 +37,19 @@ static void addNamed(const char* a_name)
     raw_transition.addOperand(*parse_symbol_table->addTN(TN_SYM_REG, a_name));
 }
 
-static void addAddress(const char* a_symbol, long a_offset)
+// A symbolic address among the operands (a branch target).
+static void addAddress(const SymbolicAddress& a_address)
 {
-    addConstant(a_offset);
-    listing_program.addAddress(a_symbol, a_offset);
+    addConstant(a_address.offset);
+    listing_program.addAddress(a_address.symbol, a_address.offset);
+}
+
+// The address of the line's instruction.
+static long addLineAddress(const SymbolicAddress& a_address)
+{
+    raw_transition.addLineAddress(a_address.offset);
+    listing_program.addAddress(a_address.symbol, a_address.offset);
+    return a_address.offset;
 }
 
 static void beginInstruction(TOP a_opcode)
@@ -64,6 +73,7 @@ static void endInstruction()
     long num;
     TOP op;
     char* name;
+    SymbolicAddress address;
 }
 
 %token <num> NUM 257
@@ -79,7 +89,8 @@ static void endInstruction()
 %token LEFTP 267
 %token COMMA 268
 
-%type <num> Pc_address Address
+%type <num> Pc_address
+%type <address> Address
 
 %start start
 
@@ -135,19 +146,19 @@ Operand
     : SYMBOL { addNamed($1); listing_program.addName($1); }
     | NUM { addConstant($1); listing_program.addNumber($1); }
     | NUM LEFTP SYMBOL RIGHTP { addConstant($1); addNamed($3); listing_program.addDisplacement($1, $3); }
-    | Address
+    | Address { addAddress($1); }
     ;
 
 /* A symbolic address contributes only its offset, as a constant operand. */
 Pc_address
-    : Address { $$ = $1; }
-    | SYMBOL { addAddress($1, 0); $$ = 0; }
+    : Address { $$ = addLineAddress($1); }
+    | SYMBOL { $$ = addLineAddress(SymbolicAddress{$1, 0}); }
     ;
 
 Address
-    : LT_SIGN SYMBOL PLUS NUM GT_SIGN { addAddress($2, $4); $$ = $4; }
-    | LT_SIGN SYMBOL GT_SIGN { addAddress($2, 0); $$ = 0; }
-    | SYMBOL PLUS NUM { addAddress($1, $3); $$ = $3; }
+    : LT_SIGN SYMBOL PLUS NUM GT_SIGN { $$ = SymbolicAddress{$2, $4}; }
+    | LT_SIGN SYMBOL GT_SIGN { $$ = SymbolicAddress{$2, 0}; }
+    | SYMBOL PLUS NUM { $$ = SymbolicAddress{$1, $3}; }
     ;
 
 %%

@@ -35,6 +35,15 @@ void RawTransition::addOperand(TN& a_operand)
         ++m_destination_count;
 }
 
+void RawTransition::addLineAddress(long a_offset)
+{
+    // Made anew rather than set: setting a constant operand's value would
+    // tell every expression to compute its constants again.
+    VELCOR_ASSERT(m_operands_count == 0);
+    m_line_address.emplace(a_offset);
+    addOperand(*m_line_address);
+}
+
 void RawTransition::addOperation(TOP a_opcode)
 {
     m_destination = false;

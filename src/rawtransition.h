@@ -5,6 +5,7 @@
 #define VELCOR_SRC_RAWTRANSITION_H
 
 #include <memory>
+#include <optional>
 
 #include "TN.h"
 #include "parse.h"
@@ -22,6 +23,9 @@ public:
     void startTransition();
     // An eleventh operand ends the run.
     void addOperand(TN& a_operand);
+    // The offset of the line's instruction, its first operand. Nothing reads
+    // it after the line is translated, so one operand serves every line.
+    void addLineAddress(long a_offset);
     void addOperation(TOP a_opcode);
     void endOperation();
     // Whether endOperation hands the instruction to the translator; the
@@ -36,6 +40,7 @@ protected:
 
 private:
     TN* m_operands[MAX_OPERANDS] = {};
+    std::optional<TN> m_line_address;
     TOP m_operation = TOP_UNDEFINED;
     int m_operands_count = 0;
     int m_destination_count = 0;

@@ -6,6 +6,7 @@
 #define VELCOR_SRC_SYMBOLS_H
 
 #include <memory>
+#include <unordered_map>
 #include <vector>
 
 #include "TN.h"
@@ -33,6 +34,11 @@ public:
     // Constants: a new operand that the table owns but does not name.
     TN* addTN(TN_t a_type, long a_value);
     TN* addTN(long a_value);
+    // The constant operand of a_value, one for all its occurrences: the
+    // value and kind of a constant never change, and expressions tell
+    // constants apart by value, so one operand serves as well as many, in a
+    // fraction of the memory.
+    TN* constant(long a_value);
     // Registers a_tn under its name as is. The table takes ownership: when
     // the name is new a_tn is stored, otherwise the stored operand is updated
     // from a_tn. Returns the stored operand (null when a_tn is null).
@@ -55,6 +61,15 @@ private:
     system_t m_system = TARGET;
     Table m_table;
     std::vector<std::unique_ptr<TN>> m_owned;
+    std::unordered_map<long, TN*> m_constants;
+    // The last constant of each of a few slots, which most lookups find:
+    // listings use a handful of displacements over and over.
+    struct RecentConstant {
+        long m_value = 0;
+        TN* m_tn = nullptr;
+    };
+    static constexpr std::size_t RECENT_CONSTANTS = 256;
+    RecentConstant m_recent_constants[RECENT_CONSTANTS];
 };
 
 #endif

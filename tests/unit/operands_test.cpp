@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <climits>
 #include <cstdlib>
 #include <fstream>
 #include <string>
@@ -198,6 +199,29 @@ TEST(SymbolsTest, RegisteringAgainKeepsTheOperandObject)
     EXPECT_EQ(constant->TNValue(), 5);
     EXPECT_EQ(table.getTN("unknown"), nullptr);
     EXPECT_FALSE(table.isIn("unknown"));
+}
+
+TEST(SymbolsTest, OneConstantOperandForEachValue)
+{
+    RunFixture run;
+    Symbols& table = run.symbols();
+    // The same operand for a value however often, also when values that
+    // share its slot of the recent ones come between, and never a name.
+    TN* eight = table.constant(8);
+    EXPECT_TRUE(eight->isConst());
+    EXPECT_EQ(eight->TNValue(), 8);
+    EXPECT_STREQ(eight->TNName(), "");
+    EXPECT_EQ(table.constant(8 + 256), table.constant(8 + 256));
+    EXPECT_NE(table.constant(8 + 256), eight);
+    EXPECT_EQ(table.constant(8), eight);
+    TN* negative = table.constant(-8);
+    EXPECT_EQ(negative->TNValue(), -8);
+    EXPECT_EQ(table.constant(-8), negative);
+    EXPECT_NE(negative, eight);
+    EXPECT_EQ(table.constant(LONG_MIN)->TNValue(), LONG_MIN);
+    // addTN makes a new operand every time.
+    EXPECT_NE(table.addTN(8L), eight);
+    EXPECT_EQ(table.getTN(""), nullptr);
 }
 
 TEST(SymbolsTest, RegisteringAgainSetsTheOperandAfreshEvenWhenNothingElseChanges)
