@@ -3,6 +3,7 @@
 #include <ostream>
 
 #include "common.h"
+#include "misc/hash_map.h"
 #include "misc/number_text.h"
 #include "misc/writer.h"
 
@@ -22,28 +23,41 @@ TN::TN(long a_value) : m_value(a_value), m_type(TN_CONST) {}
 
 TN::TN(TN_t a_kind, long a_value) : m_value(a_value), m_type(a_kind) {}
 
+void TN::nameSet()
+{
+    m_name_hash = misc::hashString(m_name.c_str());
+    m_value_is_name_number = m_value == registerNumberOf(m_name.c_str());
+}
+
+void TN::valueFromName()
+{
+    m_value = registerNumberOf(m_name.c_str());
+    m_name_hash = misc::hashString(m_name.c_str());
+    m_value_is_name_number = true;
+}
+
 TN::TN(TN_t a_kind, const char* a_name)
     : m_name(correctNameForIcs(a_name)), m_type(a_name[0] == '.' ? TN_LABEL : a_kind)
 {
-    m_value = m_name_number = registerNumberOf(m_name.c_str());
+    valueFromName();
 }
 
 TN::TN(TN_t a_kind, const char* a_name, CorrectName)
     : m_name(a_name), m_type(a_name[0] == '.' ? TN_LABEL : a_kind)
 {
-    m_value = m_name_number = registerNumberOf(m_name.c_str());
+    valueFromName();
 }
 
 TN::TN(TN_t a_kind, const char* a_temporary_name, const char* a_name)
     : m_temporary_name(correctNameForIcs(a_temporary_name)), m_name(correctNameForIcs(a_name)), m_type(a_kind)
 {
-    m_value = m_name_number = registerNumberOf(m_name.c_str());
+    valueFromName();
 }
 
 TN::TN(TN_t a_kind, const char* a_name, long a_value)
-    : m_name(correctNameForIcs(a_name)), m_value(a_value), m_name_number(registerNumberOf(m_name.c_str())),
-      m_type(a_kind)
+    : m_name(correctNameForIcs(a_name)), m_value(a_value), m_type(a_kind)
 {
+    nameSet();
 }
 
 std::uint64_t TN::s_const_generation = 1;
@@ -57,7 +71,8 @@ TN& TN::operator=(const TN& a_other)
     m_type = a_other.m_type;
     m_isAddress = a_other.m_isAddress;
     m_name = a_other.m_name;
-    m_name_number = a_other.m_name_number;
+    m_name_hash = a_other.m_name_hash;
+    m_value_is_name_number = a_other.m_value_is_name_number;
     m_pointer_to_array = a_other.m_pointer_to_array;
     noteConstChange(was_const, old_value);
     return *this;
@@ -68,7 +83,8 @@ void TN::update(const TN* a_other)
     bool was_const = isConst();
     long old_value = m_value;
     m_name = a_other->m_name;
-    m_name_number = a_other->m_name_number;
+    m_name_hash = a_other->m_name_hash;
+    m_value_is_name_number = a_other->m_value_is_name_number;
     m_value = a_other->m_value;
     m_type = a_other->m_type;
     m_temporary_name = a_other->m_temporary_name;
@@ -111,7 +127,7 @@ bool TN::isCorrectName(const char* a_name)
 
 bool TN::holdsNamed(TN_t a_kind, bool a_with_flags) const
 {
-    return m_type == a_kind && m_temporary_name.empty() && m_value == m_name_number &&
+    return m_type == a_kind && m_temporary_name.empty() && m_value_is_name_number &&
            !(a_with_flags && (m_isAddress || m_pointer_to_array));
 }
 

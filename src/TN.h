@@ -47,6 +47,8 @@ public:
     TN& operator=(const TN& a_other);
 
     const char* TNName() const { return m_name.c_str(); }
+    // misc::hashString(TNName()).
+    std::uint32_t TNNameHash() const { return m_name_hash; }
     const char* TNTemporaryName() const { return m_temporary_name.c_str(); }
     long TNValue() const { return m_value; }
     long TNRegNum() const { return m_value; }
@@ -91,16 +93,23 @@ public:
 
 private:
     void noteConstChange(bool a_was_const, long a_old_value);
+    // Derives what is kept with the name, once m_name and m_value are set.
+    void nameSet();
+    // Sets the value from the name, as registerNumberOf reads it, and the rest.
+    void valueFromName();
 
     static std::uint64_t s_const_generation;
 
     misc::CompactText m_temporary_name;
     std::string m_name;
     long m_value = 0;
-    // registerNumberOf(m_name), kept with the name: registering a name
-    // again asks for it every time.
-    long m_name_number = NO_REGISTER_NUMBER;
+    // The hash of m_name (misc::hashString), kept with the name: tables
+    // keyed by names are asked for an operand's entry all the time.
+    std::uint32_t m_name_hash = 0;
     TN_t m_type;
+    // Whether m_value is registerNumberOf(m_name), kept with both:
+    // registering a name again asks for it every time.
+    bool m_value_is_name_number = m_value == NO_REGISTER_NUMBER;
     bool m_isAddress = false;
     bool m_pointer_to_array = false;
 };

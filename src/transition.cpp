@@ -57,9 +57,14 @@ void Transition::assign(const char* a_name, const ExpHandle& a_value)
     m_data[a_name] = a_value;
 }
 
+void Transition::assign(const TN* a_TN, const ExpHandle& a_value)
+{
+    m_data.at(a_TN->TNName(), a_TN->TNNameHash()) = a_value;
+}
+
 ExpHandle Transition::getExp(TN* a_TN)
 {
-    Map::iterator found = m_data.find(a_TN->TNName());
+    Map::iterator found = m_data.find(a_TN->TNName(), a_TN->TNNameHash());
     if (found == m_data.end())
         return new VarExp(a_TN);
     if (a_TN->isConst())

@@ -18,6 +18,8 @@ public:
     void initTransition();
     void resetValues();
     void assign(const char* a_name, const ExpHandle& a_value);
+    // The same for the operand's name.
+    void assign(const TN* a_TN, const ExpHandle& a_value);
     ExpHandle getExp(TN* a_TN);
     ExpHandle getExp(const char* a_name);
     void addVar(TN* a_TN);

@@ -140,7 +140,11 @@ public:
     {
         m_transition->assign(a_destination, guarded(a_value, a_old));
     }
-    void assignOperand(int k, const ExpHandle& a_value) { assign(N(k), a_value, E(k)); }
+    void assign(const TN* a_destination, const ExpHandle& a_value, const ExpHandle& a_old)
+    {
+        m_transition->assign(a_destination, guarded(a_value, a_old));
+    }
+    void assignOperand(int k, const ExpHandle& a_value) { assign(m_operands[k], a_value, E(k)); }
 
     Machine& m_machine;
     Transition* m_transition;
@@ -375,13 +379,13 @@ void Machine::translateStore(Step& a_step, bool a_update)
     ExpHandle base = a_step.E(3);
     MemoryAccess access = memoryAccess(a_step, true);
     if (access.kind == MemoryAccess::SINGLE) {
-        a_step.assign(access.cell->TNName(), a_step.E(1), a_step.m_transition->getExp(access.cell));
+        a_step.assign(access.cell, a_step.E(1), a_step.m_transition->getExp(access.cell));
     } else if (access.kind == MemoryAccess::SPLIT) {
         ExpHandle value = a_step.E(1);
         ExpHandle old_then = a_step.m_transition->getExp(access.then_cell);
         ExpHandle old_else = a_step.m_transition->getExp(access.else_cell);
-        a_step.assign(access.then_cell->TNName(), new TrinaryExp(IF, access.condition, value, old_then), old_then);
-        a_step.assign(access.else_cell->TNName(), new TrinaryExp(IF, access.condition, old_else, value), old_else);
+        a_step.assign(access.then_cell, new TrinaryExp(IF, access.condition, value, old_then), old_then);
+        a_step.assign(access.else_cell, new TrinaryExp(IF, access.condition, old_else, value), old_else);
     }
     if (a_update)
         a_step.assign(a_step.N(3), binary(ADD, constant(a_step.V(2)), base), base);

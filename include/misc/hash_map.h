@@ -184,6 +184,13 @@ public:
         return findHashed(a_key, hashString(a_key));
     }
     const_iterator find(const char* a_key) const { return const_cast<StringHashMap*>(this)->find(a_key); }
+    // The same for a key whose hash (hashString) its owner keeps.
+    iterator find(const char* a_key, std::uint32_t a_hash)
+    {
+        if (m_compare == KeyCompare::Identity)
+            return end();
+        return findHashed(a_key, a_hash);
+    }
 
     // The entry whose key is the very text object a_key points to (the key
     // text handed out by an iterator); used with identity keys.
@@ -216,6 +223,8 @@ public:
     // Assignment-style access: the table grows first, then the entry is
     // found or added with a default value.
     V& operator[](const char* a_key) { return insert(a_key, V()).first->second; }
+    // The same for a key whose hash (hashString) its owner keeps.
+    V& at(const char* a_key, std::uint32_t a_hash) { return insertValue(a_key, a_hash, V()).first->second; }
 
     iterator erase(iterator a_position)
     {
@@ -274,8 +283,14 @@ private:
     template <class Value>
     std::pair<iterator, bool> insertValue(const char* a_key, Value&& a_value)
     {
+        return insertValue(a_key, hashString(a_key), std::forward<Value>(a_value));
+    }
+
+    template <class Value>
+    std::pair<iterator, bool> insertValue(const char* a_key, std::uint32_t a_hash, Value&& a_value)
+    {
         growFor(m_count + 1);
-        const std::uint32_t hash = hashString(a_key);
+        const std::uint32_t hash = a_hash;
         if (m_compare == KeyCompare::Text) {
             iterator found = findHashed(a_key, hash);
             if (found != end())
