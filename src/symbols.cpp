@@ -102,13 +102,9 @@ TN* Symbols::addTN(long a_value)
 TN* Symbols::constant(long a_value)
 {
     RecentConstant& recent = m_recent_constants[static_cast<unsigned long>(a_value) % RECENT_CONSTANTS];
-    if (recent.m_tn && recent.m_value == a_value)
-        return recent.m_tn;
-    TN*& shared = m_constants[a_value];
-    if (!shared)
-        shared = addTN(a_value);
-    recent = RecentConstant{a_value, shared};
-    return shared;
+    if (!recent.m_tn || recent.m_value != a_value)
+        recent = RecentConstant{a_value, addTN(a_value)};
+    return recent.m_tn;
 }
 
 TN* Symbols::addTN(TN* a_tn)

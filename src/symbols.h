@@ -6,7 +6,6 @@
 #define VELCOR_SRC_SYMBOLS_H
 
 #include <memory>
-#include <unordered_map>
 #include <vector>
 
 #include "TN.h"
@@ -34,10 +33,10 @@ public:
     // Constants: a new operand that the table owns but does not name.
     TN* addTN(TN_t a_type, long a_value);
     TN* addTN(long a_value);
-    // The constant operand of a_value, one for all its occurrences: the
-    // value and kind of a constant never change, and expressions tell
-    // constants apart by value, so one operand serves as well as many, in a
-    // fraction of the memory.
+    // A constant operand of a_value, shared with the occurrences of the value
+    // that came shortly before: the value and kind of a constant never
+    // change, and expressions tell constants apart by value, so one operand
+    // serves as well as many, in a fraction of the memory.
     TN* constant(long a_value);
     // Registers a_tn under its name as is. The table takes ownership: when
     // the name is new a_tn is stored, otherwise the stored operand is updated
@@ -61,15 +60,14 @@ private:
     system_t m_system = TARGET;
     Table m_table;
     std::vector<std::unique_ptr<TN>> m_owned;
-    std::unordered_map<long, TN*> m_constants;
-    // The last constant of each of a few slots, which most lookups find:
-    // listings use a handful of displacements over and over.
+    // The last constant operand made in each slot (by value): listings use
+    // their displacements over and over.
     struct RecentConstant {
         long m_value = 0;
         TN* m_tn = nullptr;
     };
-    static constexpr std::size_t RECENT_CONSTANTS = 256;
-    RecentConstant m_recent_constants[RECENT_CONSTANTS];
+    static constexpr std::size_t RECENT_CONSTANTS = 4096;
+    std::vector<RecentConstant> m_recent_constants = std::vector<RecentConstant>(RECENT_CONSTANTS);
 };
 
 #endif
