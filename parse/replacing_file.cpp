@@ -1,5 +1,6 @@
 #include "replacing_file.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,7 +17,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t BUFFER_BYTES = std::size_t(1) << 16;
 const char* const CREATE = "Cannot create";
 const char* const WRITE = "Cannot write";
 
@@ -69,17 +69,17 @@ mode_t creationMask()
 
 } // namespace
 
-ReplacingFile::ReplacingFile(const char* a_path) : m_path(a_path), m_buffer(new char[BUFFER_BYTES])
+ReplacingFile::ReplacingFile(const char* a_path) : m_path(a_path)
 {
-    m_stream.rdbuf()->pubsetbuf(m_buffer.get(), BUFFER_BYTES);
     std::error_code error;
     fs::file_status status = fs::status(m_path, error);
     if (fs::is_directory(status))
         fail(CREATE, std::strerror(EISDIR));
     if (fs::exists(status) && !fs::is_regular_file(status)) {
-        m_stream.open(m_path, std::ios::out | std::ios::trunc | std::ios::binary);
-        if (!m_stream.is_open())
+        int device = ::open(m_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
+        if (device < 0)
             fail(CREATE, std::strerror(errno));
+        m_buffer.attach(device, true);
         return;
     }
 
@@ -102,9 +102,7 @@ ReplacingFile::ReplacingFile(const char* a_path) : m_path(a_path), m_buffer(new 
     // The same permissions as a_stdout0 rather than mkstemp's private ones.
     if (::fchmod(m_descriptor, 0664 & ~creationMask()) != 0)
         fail(CREATE, std::strerror(errno));
-    m_stream.open(m_temporary, std::ios::out | std::ios::trunc | std::ios::binary);
-    if (!m_stream.is_open())
-        fail(CREATE, std::strerror(errno));
+    m_buffer.attach(m_descriptor, false);
 }
 
 ReplacingFile::~ReplacingFile()
@@ -114,9 +112,8 @@ ReplacingFile::~ReplacingFile()
 
 void ReplacingFile::commit()
 {
-    m_stream.close();
     // A write that failed on the way (a full disk) shows here.
-    if (m_stream.fail())
+    if (!m_buffer.close() || m_stream.fail())
         fail(WRITE, "");
     if (m_temporary.empty())
         return;
@@ -139,8 +136,7 @@ void ReplacingFile::fail(const char* a_what, const std::string& a_reason)
 
 void ReplacingFile::discard()
 {
-    if (m_stream.is_open())
-        m_stream.close();
+    m_buffer.close();
     if (!m_temporary.empty()) {
         ::unlink(m_temporary.c_str());
         m_temporary.clear();

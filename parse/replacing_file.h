@@ -6,9 +6,10 @@
 #ifndef VELCOR_PARSE_REPLACING_FILE_H
 #define VELCOR_PARSE_REPLACING_FILE_H
 
-#include <fstream>
-#include <memory>
+#include <ostream>
 #include <string>
+
+#include "misc/descriptor_buffer.h"
 
 class ReplacingFile {
 public:
@@ -35,8 +36,10 @@ private:
     std::string m_temporary; // empty when the file is written directly
     std::string m_target;    // what the temporary file replaces
     int m_descriptor = -1;   // of the temporary file, kept for fsync
-    std::unique_ptr<char[]> m_buffer;
-    std::ofstream m_stream;
+    // The same buffer as the output file's (and the same writers' fast
+    // path into it).
+    misc::DescriptorBuffer m_buffer;
+    std::ostream m_stream{&m_buffer};
 };
 
 #endif
