@@ -6,11 +6,22 @@
 #include <iterator>
 #include <set>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "misc/stop.h"
 #include "misc/trace.h"
 #include "misc/writer.h"
+
+bool DNF::add(Clause&& a_clause)
+{
+    if (a_clause.isTrue())
+        return true;
+    m_clauses.push_front(std::move(a_clause));
+    m_true = false;
+    m_false = false;
+    return false;
+}
 
 bool DNF::add(const Clause& a_clause)
 {
@@ -273,19 +284,19 @@ private:
 
 } // namespace
 
-DNF simplify(const DNF& a_first, const DNF& a_second)
+DNF simplify(DNF a_first, DNF a_second)
 {
     if (a_first.isTrue() || a_second.isTrue())
         return DNF();
     DNF result;
     if (a_first.isFalse()) {
-        result = a_second;
+        result = std::move(a_second);
     } else if (a_second.isFalse()) {
-        result = a_first;
+        result = std::move(a_first);
     } else {
-        result = a_first;
-        for (const Clause& clause : a_second)
-            result.add(clause);
+        result = std::move(a_first);
+        for (Clause& clause : a_second)
+            result.add(std::move(clause));
     }
 
     // A single clause has nothing to merge with.

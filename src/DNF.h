@@ -18,6 +18,7 @@ public:
     explicit DNF(bool a_bool) : m_true(a_bool), m_false(!a_bool) {}
 
     bool add(const Clause& a_clause);
+    bool add(Clause&& a_clause);
     bool remove(iterator a_position);
     bool isIn(const Clause& a_clause) const;
     bool isTrue() const { return m_true; }
@@ -34,7 +35,7 @@ public:
 
 private:
     friend DNF andDNF(const DNF& a_dnf, int a_id, bool a_bool);
-    friend DNF simplify(const DNF& a_first, const DNF& a_second);
+    friend DNF simplify(DNF a_first, DNF a_second);
 
     Clauses m_clauses;
     bool m_true = true;
@@ -44,6 +45,6 @@ private:
 // a_dnf strengthened by the literal (a_id, a_bool).
 DNF andDNF(const DNF& a_dnf, int a_id, bool a_bool);
 // The disjunction of the two, with complementary clauses merged.
-DNF simplify(const DNF& a_first, const DNF& a_second);
+DNF simplify(DNF a_first, DNF a_second);
 
 #endif

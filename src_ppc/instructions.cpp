@@ -184,7 +184,7 @@ void Machine::translate_opcode(Transition* a_transition, TN** a_operands, TOP a_
         misc::Writer(*getOutFile()) << "% Annotations  id" << step.m_id << "1,2 \n";
         gathered.print();
         previous.print();
-        step.m_annotation = Annotation(step.m_id, simplify(gathered, previous));
+        step.m_annotation = Annotation(step.m_id, simplify(std::move(gathered), std::move(previous)));
         setAnnotation(step.m_annotation, false);
         step.m_guarded = true;
     } else {

@@ -16,7 +16,7 @@ const char* const CR_register[32] = {"cr00", "cr01", "cr02", "cr03", "cr04", "cr
                                      "cr16", "cr17", "cr18", "cr19", "cr20", "cr21", "cr22", "cr23",
                                      "cr24", "cr25", "cr26", "cr27", "cr28", "cr29", "cr30", "cr31"};
 
-Annotation::Annotation(int a_id, const DNF& a_formula) : m_id(a_id), m_formula(a_formula)
+Annotation::Annotation(int a_id, DNF a_formula) : m_id(a_id), m_formula(std::move(a_formula))
 {
     print();
 }
@@ -67,7 +67,7 @@ DNF Machine::getAndDeleteFirstAnnotation()
 {
     if (m_annotations.empty())
         return DNF(false);
-    DNF first = m_annotations.front().formula();
+    DNF first = m_annotations.front().takeFormula();
     m_annotations.pop_front();
     return first;
 }

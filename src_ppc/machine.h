@@ -22,13 +22,15 @@ class Annotation {
 public:
     Annotation() = default;
     // Writes the annotation to the output file at once.
-    Annotation(int a_id, const DNF& a_formula);
+    Annotation(int a_id, DNF a_formula);
 
     void print() const;
     int id() const { return m_id; }
     bool isTrue() const { return m_formula.isTrue(); }
     bool isFalse() const { return m_formula.isFalse(); }
     const DNF& formula() const { return m_formula; }
+    // The formula, moved out of an annotation that is about to go.
+    DNF takeFormula() { return std::move(m_formula); }
     ExpHandle getCond() const { return m_formula.getExp(); }
 
 private:
