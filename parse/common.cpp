@@ -17,7 +17,6 @@ std::ostream m_out_file(&m_out_buffer);
 std::ostream* m_redirect = nullptr;
 std::string outFileName;
 signed char outFileIndex = 0;
-output_format_t output_format = ICS;
 bool m_noIf = false;
 
 // Every table is indexed by output_format_t: ICS, CVC, TLV.
@@ -72,6 +71,7 @@ void setOutFile()
 }
 
 std::ostream* common_detail::current_output = nullptr;
+output_format_t common_detail::format = ICS;
 
 void common_detail::noOutput()
 {
@@ -110,19 +110,14 @@ void resetCommon()
         m_out_buffer.close();
     updateCurrentOutput();
     outFileIndex = 0;
-    output_format = ICS;
+    common_detail::format = ICS;
     m_noIf = false;
     putAssertStr();
 }
 
 void setOutFormat(output_format_t a_format)
 {
-    output_format = a_format;
-}
-
-output_format_t getOutFormat()
-{
-    return output_format;
+    common_detail::format = a_format;
 }
 
 void setSkipPrintIf()
@@ -140,13 +135,13 @@ namespace {
 // The keyword of the current syntax; SMT-LIB 2 has none of these.
 const char* keyword(const char* const* a_table)
 {
-    VELCOR_ASSERT(output_format < MAX_FORMAT);
-    return a_table[output_format];
+    VELCOR_ASSERT(common_detail::format < MAX_FORMAT);
+    return a_table[common_detail::format];
 }
 
 } // namespace
 
-char commentChar() { return output_format == SMT2 ? ';' : comment[output_format]; }
+char commentChar() { return common_detail::format == SMT2 ? ';' : comment[common_detail::format]; }
 const char* assertStr() { return keyword(assertStrs); }
 const char* checkStr() { return keyword(checkStrs); }
 const char* andCheckStr() { return keyword(andCheckStrs); }

@@ -36,14 +36,21 @@ bool outStreamIsSet();
 void resetCommon();
 
 void setOutFormat(output_format_t a_format);
-output_format_t getOutFormat();
+inline output_format_t getOutFormat();
 
 namespace common_detail {
 // What getOutFile gives, kept up to date by the functions that open, close
 // and redirect the output: null when there is none.
 extern std::ostream* current_output;
 [[noreturn]] void noOutput();
+// The syntax in force, which every operand's name is checked against.
+extern output_format_t format;
 } // namespace common_detail
+
+inline output_format_t getOutFormat()
+{
+    return common_detail::format;
+}
 
 inline std::ostream* getOutFile()
 {

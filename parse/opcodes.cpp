@@ -35,7 +35,7 @@ public:
                 continue;
             const char* name = topName(opcode);
             const std::size_t length = std::strlen(name);
-            VELCOR_ASSERT(length > 0 && length < 256);
+            VELCOR_ASSERT(length > 0 && length < 256 && !endsWithDigit(name, length));
             std::size_t slot = slotOf(name, length);
             while (m_slots[slot].m_name)
                 slot = (slot + 1) % SLOTS;
@@ -45,7 +45,9 @@ public:
 
     TOP find(const char* a_text, std::size_t a_length) const
     {
-        if (a_length == 0)
+        // Register names, most of the names of a listing, end with a digit,
+        // and no mnemonic does: they need no probe.
+        if (a_length == 0 || endsWithDigit(a_text, a_length))
             return TOP_UNDEFINED;
         for (std::size_t slot = slotOf(a_text, a_length); m_slots[slot].m_name; slot = (slot + 1) % SLOTS) {
             const Slot& entry = m_slots[slot];
@@ -64,6 +66,11 @@ private:
 
     // Far more slots than opcodes, so that the runs stay short.
     static constexpr std::size_t SLOTS = 2048;
+
+    static bool endsWithDigit(const char* a_text, std::size_t a_length)
+    {
+        return a_text[a_length - 1] >= '0' && a_text[a_length - 1] <= '9';
+    }
 
     static std::size_t slotOf(const char* a_text, std::size_t a_length)
     {
