@@ -79,12 +79,13 @@ void DNF::print() const
 {
     misc::Writer out(*getOutFile());
     const char comment = commentChar();
+    // Printed for nearly every instruction: the constant lines in one piece.
     if (m_true || (!m_false && m_clauses.empty())) {
-        out << comment << "c" << 0 << "true" << '\n';
+        out << comment << "c0true\n";
         return;
     }
     if (m_false) {
-        out << comment << "c" << 0 << "false" << '\n';
+        out << comment << "c0false\n";
         return;
     }
     int index = 0;

@@ -118,7 +118,7 @@ void Clause::print() const
 {
     misc::Writer out(*getOutFile());
     for (const intBool& literal : m_proposition)
-        out << (literal.m_bool ? " " : "~") << "p" << literal.p_id;
+        out << (literal.m_bool ? " p" : "~p") << literal.p_id;
 }
 
 bool operator==(const Clause& a_left, const Clause& a_right)

@@ -26,7 +26,7 @@ void Annotation::print() const
     misc::Writer out(*getOutFile());
     out << commentChar() << "------------------Annotation id " << m_id << '\n';
     m_formula.print();
-    out << commentChar() << "------------------end print annotation " << '\n';
+    out << commentChar() << "------------------end print annotation \n";
 }
 
 void Machine::init(Symbols* a_parse_symbol_table)

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <ostream>
 #include <string>
+#include <type_traits>
 
 #include "misc/descriptor_buffer.h"
 #include "misc/key_text.h"
@@ -17,6 +18,17 @@
 namespace misc {
 
 class Writer {
+    // Unscoped enumerations at least as wide as int, which the stream prints
+    // as numbers (one of characters prints as a character).
+    template <class T, bool = std::is_enum<T>::value>
+    struct IsNumberEnum : std::false_type {};
+    template <class T>
+    struct IsNumberEnum<T, true>
+        : std::integral_constant<bool, std::is_convertible<T, int>::value &&
+                                           sizeof(typename std::underlying_type<T>::type) >= sizeof(int)> {};
+    template <class T>
+    static constexpr bool IS_PLAIN_ENUM = IsNumberEnum<T>::value;
+
 public:
     explicit Writer(std::ostream& a_stream)
         : m_stream(a_stream), m_state(a_stream), m_direct(DescriptorBuffer::direct(a_stream.rdbuf()))
@@ -44,7 +56,17 @@ public:
     }
     Writer& operator<<(int a_value) { return number(a_value); }
     Writer& operator<<(long a_value) { return number(a_value); }
-    template <class T>
+    Writer& operator<<(unsigned a_value) { return number(a_value); }
+    Writer& operator<<(unsigned long a_value) { return number(a_value); }
+    Writer& operator<<(long long a_value) { return number(a_value); }
+    Writer& operator<<(unsigned long long a_value) { return number(a_value); }
+    // Such an enumeration prints as its number, as the stream prints it.
+    template <class T, typename std::enable_if<IS_PLAIN_ENUM<T>, int>::type = 0>
+    Writer& operator<<(T a_value)
+    {
+        return number(static_cast<typename std::underlying_type<T>::type>(a_value));
+    }
+    template <class T, typename std::enable_if<!IS_PLAIN_ENUM<T>, int>::type = 0>
     Writer& operator<<(const T& a_value)
     {
         m_stream << a_value;

@@ -56,6 +56,17 @@ TEST(WriterTest, WritesWhatTheStreamWould)
     misc::Writer(written) << "ASSERT " << name << '=' << -4 << ',' << 0 << ',' << INT_MIN << ',' << LONG_MAX << ','
                           << SECOND << ',' << 2.5 << ',' << true << '\n';
     EXPECT_EQ(written.str(), expected.str());
+
+    // Every integer type and enumerations of every underlying type.
+    enum Small : signed char { LOW = -3 };
+    enum Wide : unsigned long long { HIGH = ULLONG_MAX };
+    std::ostringstream expected_numbers;
+    std::ostringstream written_numbers;
+    expected_numbers << 7u << ' ' << ULONG_MAX << ' ' << LLONG_MIN << ' ' << ULLONG_MAX << ' ' << LOW << ' ' << HIGH
+                     << ' ' << std::size_t(42) << ' ' << std::uint32_t(4000000000u);
+    misc::Writer(written_numbers) << 7u << ' ' << ULONG_MAX << ' ' << LLONG_MIN << ' ' << ULLONG_MAX << ' ' << LOW
+                                  << ' ' << HIGH << ' ' << std::size_t(42) << ' ' << std::uint32_t(4000000000u);
+    EXPECT_EQ(written_numbers.str(), expected_numbers.str());
 }
 
 TEST(WriterTest, AStreamWithoutBufferTakesNothingAndFails)
