@@ -5,6 +5,7 @@
 
 #include "dwarf_debug.h"
 #include "memory_name.h"
+#include "misc/writer.h"
 
 using smt::Sort;
 using smt::Term;
@@ -18,34 +19,34 @@ std::string twoDigits(int a_number)
 
 // A member's address from its memory name: MEM[k+B] is B+k, and
 // MEM[j+MEM[k+B]] is (the word at B+k)+j; a_extra more bytes further.
-void writeAddress(std::ostream& a_out, const std::string& a_memory, const std::vector<std::int32_t>& a_offsets,
-                  std::size_t a_count, const std::string& a_base, std::int32_t a_extra)
+void appendAddress(std::string& a_text, const char* a_memory, const std::vector<std::int32_t>& a_offsets,
+                   std::size_t a_count, const std::string& a_base, std::int32_t a_extra)
 {
     std::int32_t offset = addOffsets(a_offsets[a_count - 1], a_extra);
     if (offset != 0)
-        a_out << "(bvadd ";
+        a_text += "(bvadd ";
     if (a_count == 1) {
-        a_out << a_base;
+        a_text += a_base;
     } else {
-        a_out << "(load32 " << a_memory << ' ';
-        writeAddress(a_out, a_memory, a_offsets, a_count - 1, a_base, 0);
-        a_out << ')';
+        a_text.append("(load32 ").append(a_memory).append(1, ' ');
+        appendAddress(a_text, a_memory, a_offsets, a_count - 1, a_base, 0);
+        a_text += ')';
     }
     if (offset != 0) {
-        a_out << ' ';
-        smt::Printer::writeBitVec(a_out, 32, static_cast<std::uint32_t>(offset));
-        a_out << ')';
+        a_text += ' ';
+        smt::Printer::appendBitVec(a_text, 32, static_cast<std::uint32_t>(offset));
+        a_text += ')';
     }
 }
 
 // The big-endian value of a cell's a_bytes bytes (load8 to load64), or,
 // for another size, its byte a_extra.
-void writeLoad(std::ostream& a_out, const std::string& a_memory, const std::vector<std::int32_t>& a_offsets,
-               const std::string& a_base, unsigned a_bytes, std::int32_t a_extra)
+void appendLoad(std::string& a_text, const char* a_memory, const std::vector<std::int32_t>& a_offsets,
+                const std::string& a_base, unsigned a_bytes, std::int32_t a_extra)
 {
-    a_out << "(load" << 8 * a_bytes << ' ' << a_memory << ' ';
-    writeAddress(a_out, a_memory, a_offsets, a_offsets.size(), a_base, a_extra);
-    a_out << ')';
+    a_text.append("(load").append(std::to_string(8 * a_bytes)).append(1, ' ').append(a_memory).append(1, ' ');
+    appendAddress(a_text, a_memory, a_offsets, a_offsets.size(), a_base, a_extra);
+    a_text += ')';
 }
 
 const char* const MEMORY_SORT = "(Array (_ BitVec 32) (_ BitVec 8))";
@@ -177,12 +178,18 @@ void Smt2Output::writePropositions()
 
 void Smt2Output::writeMapping()
 {
+    misc::Writer out(m_out);
+    // Each assertion is built as text and written whole; the buffers are
+    // kept from member to member.
+    std::vector<std::int32_t> source_offsets;
+    std::vector<std::int32_t> target_offsets;
+    std::string source_base;
+    std::string target_base;
+    std::string name;
+    std::string text;
     for (const auto& pair : m_mapping.getMembers()) {
-        std::vector<std::int32_t> source_offsets;
-        std::vector<std::int32_t> target_offsets;
-        std::string source_base;
-        std::string target_base;
-        if (!readMemoryCellName(pair.first, source_offsets, source_base) ||
+        name.assign(pair.first.data(), pair.first.size());
+        if (!readMemoryCellName(name, source_offsets, source_base) ||
             !readMemoryCellName(pair.second.m_target, target_offsets, target_base))
             continue;
         // A cell whose size the debugging information does not tell is
@@ -190,19 +197,20 @@ void Smt2Output::writeMapping()
         unsigned bytes = pair.second.m_byte_size ? pair.second.m_byte_size : 4;
         bool whole = bytes == 1 || bytes == 2 || bytes == 4 || bytes == 8;
         for (const char* memory : {"MEM", "PMEM"}) {
-            m_out << (whole ? "(assert (= " : "(assert (and");
+            text.assign(whole ? "(assert (= " : "(assert (and");
             for (unsigned i = 0; i < (whole ? 1 : bytes); ++i) {
                 std::int32_t extra = static_cast<std::int32_t>(i);
                 if (!whole)
-                    m_out << " (= ";
-                writeLoad(m_out, memory, source_offsets, source_base, whole ? bytes : 1, extra);
-                m_out << ' ';
-                writeLoad(m_out, memory, target_offsets, target_base, whole ? bytes : 1, extra);
+                    text += " (= ";
+                appendLoad(text, memory, source_offsets, source_base, whole ? bytes : 1, extra);
+                text += ' ';
+                appendLoad(text, memory, target_offsets, target_base, whole ? bytes : 1, extra);
                 if (!whole)
-                    m_out << ')';
+                    text += ')';
             }
-            m_out << (whole ? "))\n" : "))\n");
+            text += "))\n";
+            out << text;
         }
     }
-    m_out << "(assert (= r3 C_))\n";
+    out << "(assert (= r3 C_))\n";
 }
