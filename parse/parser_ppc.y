@@ -5,6 +5,7 @@
 // transition of the program. The whole listing forms a single basic block.
 #include <cstring>
 #include <iostream>
+#include <utility>
 
 #include "basicblock.h"
 #include "listing_program.h"
@@ -103,7 +104,8 @@ start
       }
       Lines
       {
-          basic_block->setTransition(raw_transition.getTransition());
+          /* Nothing reads the raw transition again: the block takes it. */
+          basic_block->takeTransition(std::move(*raw_transition.getTransition()));
           parse_basic_blocks[0] = basic_block;
       }
     ;

@@ -1,5 +1,7 @@
 #include "basicblock.h"
 
+#include <utility>
+
 #include "misc/stop.h"
 
 BasicBlock::BasicBlock(int a_id, int, int a_flag, Symbols* a_parse_symbol_table)
@@ -11,6 +13,12 @@ BasicBlock::BasicBlock(int a_id, int, int a_flag, Symbols* a_parse_symbol_table)
 void BasicBlock::setTransition(Transition* a_transition)
 {
     m_transition = *a_transition;
+    m_transition.addGlobals();
+}
+
+void BasicBlock::takeTransition(Transition&& a_transition)
+{
+    m_transition = std::move(a_transition);
     m_transition.addGlobals();
 }
 

@@ -18,6 +18,9 @@ public:
     BasicBlock(int a_id, int a_length, int a_flag, Symbols* a_parse_symbol_table);
 
     void setTransition(Transition* a_transition);
+    // The same with the transition itself, which the caller gives up: the
+    // whole listing's transition is not copied.
+    void takeTransition(Transition&& a_transition);
     Transition* getTransition() { return &m_transition; }
     State* getState() { return &m_state; }
     void setState(const State& a_state) { m_state = a_state; }

@@ -165,6 +165,26 @@ public:
         return *this;
     }
 
+    // Moving takes the entries over, buckets and order as they are; the map
+    // moved from is left empty, with the buckets of the one moved to.
+    StringHashMap(StringHashMap&& a_other) noexcept
+        : m_buckets(a_other.m_buckets.size(), nullptr), m_compare(a_other.m_compare)
+    {
+        m_buckets.swap(a_other.m_buckets);
+        std::swap(m_count, a_other.m_count);
+    }
+
+    StringHashMap& operator=(StringHashMap&& a_other) noexcept
+    {
+        if (this != &a_other) {
+            m_buckets.swap(a_other.m_buckets);
+            std::swap(m_count, a_other.m_count);
+            std::swap(m_compare, a_other.m_compare);
+            a_other.clear();
+        }
+        return *this;
+    }
+
     ~StringHashMap() { clear(); }
 
     std::size_t size() const { return m_count; }

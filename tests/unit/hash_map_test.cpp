@@ -218,3 +218,29 @@ TEST(HashMapTest, KeysOfAnyLengthKeepTheirText)
     EXPECT_EQ(copy.find("key99")->second, "99");
     EXPECT_EQ(copy.size(), 101u);
 }
+
+TEST(HashMapTest, MovingKeepsBucketsAndOrder)
+{
+    StringHashMap<int> map(1);
+    for (int i = 0; i < 40; ++i)
+        map[("k" + std::to_string(i)).c_str()] = i;
+    const std::vector<std::string> order = keysInOrder(map);
+    const std::size_t buckets = map.bucketCount();
+    StringHashMap<int> moved(std::move(map));
+    EXPECT_EQ(keysInOrder(moved), order);
+    EXPECT_EQ(moved.bucketCount(), buckets);
+    // What was moved from is empty and works as a map.
+    EXPECT_TRUE(map.empty());
+    EXPECT_EQ(map.find("k1"), map.end());
+    map["again"] = 1;
+    EXPECT_EQ(map.size(), 1u);
+
+    StringHashMap<int> assigned(100);
+    assigned["old"] = 0;
+    assigned = std::move(moved);
+    EXPECT_EQ(keysInOrder(assigned), order);
+    EXPECT_EQ(assigned.bucketCount(), buckets);
+    EXPECT_TRUE(moved.empty());
+    EXPECT_EQ(moved.find("old"), moved.end());
+    EXPECT_EQ(assigned.find("k39")->second, 39);
+}
