@@ -163,8 +163,12 @@ void Machine::translate_opcode(Transition* a_transition, TN** a_operands, TOP a_
                                int, bool)
 {
     Step step(*this, a_transition, a_operands);
+    // The instruction's id is the value of its address operand, a constant:
+    // read from the operand itself, it needs no expression made and dropped.
     if (a_operands_count > 0)
-        step.m_id = step.E(0)->constValue();
+        step.m_id = step.operand(0)->isConst() ? static_cast<std::int32_t>(static_cast<std::uint32_t>(
+                                                     static_cast<unsigned long>(step.V(0))))
+                                               : step.E(0)->constValue();
 
     // Checked before anything is written: an instruction that lacks what its
     // translation reads is skipped whole.
@@ -177,7 +181,7 @@ void Machine::translate_opcode(Transition* a_transition, TN** a_operands, TOP a_
         return;
     }
 
-    misc::traceOut() << '\n' << '\n' << "Translating Opcode " << topName(a_operation) << '\n';
+    misc::traceOut() << "\n\nTranslating Opcode " << topName(a_operation) << '\n';
     if (!isBranch(a_operation)) {
         DNF gathered = getAnnotation(step.m_id);
         DNF previous = getAndDeleteFirstAnnotation();
@@ -341,7 +345,7 @@ TN* Machine::cellOfBase(Step& a_step, const ExpHandle& a_base)
     return memoryVar(a_step.operand(2), a_base->getName());
 }
 
-Machine::MemoryAccess Machine::memoryAccess(Step& a_step, bool a_store)
+Machine::MemoryAccess Machine::memoryAccess(Step& a_step, const ExpHandle& a_base, bool a_store)
 {
     MemoryAccess access;
     if (isSp(a_step.operand(3))) {
@@ -349,7 +353,7 @@ Machine::MemoryAccess Machine::memoryAccess(Step& a_step, bool a_store)
         access.cell = stackVar(a_step.operand(2));
         return access;
     }
-    ExpHandle base = a_step.E(3);
+    const ExpHandle& base = a_base;
     if (!a_store)
         misc::traceOut() << "Type of expression is " << base->m_type << '\n';
     if (base->m_type == VAR_EXP) {
@@ -377,7 +381,7 @@ void Machine::translateStore(Step& a_step, bool a_update)
     // The base's value before the instruction: the store may write a cell
     // of the base's own name (a base called oldSP below its value).
     ExpHandle base = a_step.E(3);
-    MemoryAccess access = memoryAccess(a_step, true);
+    MemoryAccess access = memoryAccess(a_step, base, true);
     if (access.kind == MemoryAccess::SINGLE) {
         a_step.assign(access.cell, a_step.E(1), a_step.m_transition->getExp(access.cell));
     } else if (access.kind == MemoryAccess::SPLIT) {
@@ -394,16 +398,14 @@ void Machine::translateStore(Step& a_step, bool a_update)
 void Machine::translateLoad(Step& a_step, TOP a_operation)
 {
     if (a_operation == lfs)
-        misc::traceOut() << "Operand1=" << a_step.N(1) << '\n'
-                  << "Operand2=" << a_step.V(2) << '\n'
-                  << "Operand3=" << a_step.N(3) << '\n';
-    misc::traceOut() << "Operand111=" << a_step.N(1) << '\n'
-              << "Operand2=" << a_step.V(2) << '\n'
-              << "Operand3=" << a_step.N(3) << '\n';
+        misc::traceOut() << "Operand1=" << a_step.N(1) << "\nOperand2=" << a_step.V(2) << "\nOperand3=" << a_step.N(3)
+                         << '\n';
+    misc::traceOut() << "Operand111=" << a_step.N(1) << "\nOperand2=" << a_step.V(2) << "\nOperand3=" << a_step.N(3)
+                     << '\n';
     // The base's value before the instruction: the load may have written
     // the base register itself.
     ExpHandle base = a_step.E(3);
-    MemoryAccess access = memoryAccess(a_step, false);
+    MemoryAccess access = memoryAccess(a_step, base, false);
     if (access.kind == MemoryAccess::NONE)
         return;
     if (access.kind == MemoryAccess::SINGLE) {

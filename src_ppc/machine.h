@@ -84,7 +84,8 @@ private:
 
     void translateAddImmediate(Step& a_step);
     void translateRotate(Step& a_step, bool a_record);
-    MemoryAccess memoryAccess(Step& a_step, bool a_store);
+    // a_base: the base register's value before the instruction (E(3)).
+    MemoryAccess memoryAccess(Step& a_step, const ExpHandle& a_base, bool a_store);
     TN* cellOfBase(Step& a_step, const ExpHandle& a_base);
     void translateStore(Step& a_step, bool a_update);
     void translateLoad(Step& a_step, TOP a_operation);
