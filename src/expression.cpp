@@ -10,6 +10,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "misc/hash_map.h"
 #include "misc/stop.h"
 
 int Expression::last = 0;
@@ -138,12 +139,11 @@ std::uint64_t mix(std::uint64_t a_value)
     return a_value ^ (a_value >> 31);
 }
 
-std::uint64_t textShape(const char* a_text)
+// A variable's part of its fingerprint: the hash of its name, which an
+// operand keeps with its name (setShape mixes it).
+std::uint64_t nameShape(const char* a_name)
 {
-    std::uint64_t value = 1469598103934665603ull;
-    for (; *a_text; ++a_text)
-        value = (value ^ static_cast<unsigned char>(*a_text)) * 1099511628211ull;
-    return value;
+    return misc::hashString(a_name);
 }
 
 // Whether a_exp equals the node UnaryExp(NOT, a_operand) would be, as the
@@ -434,13 +434,13 @@ ExpHandle LabelExp::substituteExp(const char*, const ExpHandle&, const ExpHandle
 // to itself, so a copy of it is a node of its own.
 VarExp::VarExp(TN* a_value) : Expression(VAR_EXP), m_value(a_value)
 {
-    setShape(textShape(getName()));
+    setShape(a_value ? a_value->TNNameHash() : nameShape(""));
     m_shareable = getName()[0] != '\0';
 }
 
 VarExp::VarExp(const char* a_name) : Expression(VAR_EXP), m_value(nullptr), m_name(a_name)
 {
-    setShape(textShape(getName()));
+    setShape(nameShape(getName()));
     m_shareable = getName()[0] != '\0';
 }
 
