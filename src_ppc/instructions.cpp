@@ -4,6 +4,7 @@
 #include <cstring>
 #include <iostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "common.h"
@@ -96,6 +97,13 @@ ExpHandle constant(long a_value)
 
 } // namespace
 
+namespace {
+
+// The path condition of a branch, which sets none: the constant true.
+const Annotation NO_ANNOTATION;
+
+} // namespace
+
 // The state of one instruction's translation: its operands, the transition
 // it extends and its path condition.
 class Machine::Step {
@@ -118,7 +126,7 @@ public:
     const ExpHandle& condition()
     {
         if (m_cond.isNull() && m_guarded)
-            m_cond = m_annotation.getCond();
+            m_cond = m_annotation->getCond();
         return m_cond;
     }
 
@@ -127,12 +135,12 @@ public:
     // fold the conditional to one side: it is not made at all.
     ExpHandle guarded(const ExpHandle& a_value, const ExpHandle& a_old)
     {
-        if (m_guarded && (m_annotation.isTrue() || m_annotation.isFalse())) {
+        if (m_guarded && (m_annotation->isTrue() || m_annotation->isFalse())) {
             if (a_value == a_old)
                 return a_value;
-            return m_annotation.isTrue() ? a_value : a_old;
+            return m_annotation->isTrue() ? a_value : a_old;
         }
-        return m_machine.mayBeIf(m_annotation.isTrue(), m_annotation.isFalse(), condition(), a_value, a_old);
+        return m_machine.mayBeIf(m_annotation->isTrue(), m_annotation->isFalse(), condition(), a_value, a_old);
     }
 
     // dest := value under the path condition, old being dest's value before.
@@ -150,7 +158,9 @@ public:
     Transition* m_transition;
     TN** m_operands;
     int m_id = 0;
-    Annotation m_annotation;
+    // The instruction's path condition, as the machine keeps it while the
+    // instruction is translated (a branch has the constant true, and none).
+    const Annotation* m_annotation = &NO_ANNOTATION;
     // Whether m_annotation is the instruction's path condition (branches
     // have none).
     bool m_guarded = false;
@@ -188,8 +198,8 @@ void Machine::translate_opcode(Transition* a_transition, TN** a_operands, TOP a_
         misc::Writer(*getOutFile()) << "% Annotations  id" << step.m_id << "1,2 \n";
         gathered.print();
         previous.print();
-        step.m_annotation = Annotation(step.m_id, simplify(std::move(gathered), std::move(previous)));
-        setAnnotation(step.m_annotation, false);
+        step.m_annotation =
+            &setAnnotation(Annotation(step.m_id, simplify(std::move(gathered), std::move(previous))), false);
         step.m_guarded = true;
     } else {
         m_CR_copy = nullptr;
@@ -499,10 +509,10 @@ void Machine::translateConditionalBranch(Step& a_step)
     DNF at_target = getAnnotation(target_id);
     DNF taken = andDNF(current, proposition, polarity);
     DNF not_taken = andDNF(current, proposition, !polarity);
-    Annotation fall_through(id, not_taken);
-    Annotation target(target_id, simplify(at_target, taken));
-    setAnnotation(fall_through, false);
-    setAnnotation(target, false);
+    Annotation fall_through(id, std::move(not_taken));
+    Annotation target(target_id, simplify(std::move(at_target), std::move(taken)));
+    setAnnotation(std::move(fall_through), false);
+    setAnnotation(std::move(target), false);
 }
 
 void Machine::translateBranch(Step& a_step)
@@ -514,10 +524,10 @@ void Machine::translateBranch(Step& a_step)
     DNF own = getAnnotation(id);
     DNF at_target = getAnnotation(target_id);
     DNF previous = getAndDeleteFirstAnnotation();
-    Annotation target(target_id, simplify(at_target, simplify(own, previous)));
+    Annotation target(target_id, simplify(std::move(at_target), simplify(std::move(own), std::move(previous))));
     Annotation fall_through(id, DNF(false));
-    setAnnotation(target, false);
-    setAnnotation(fall_through, false);
+    setAnnotation(std::move(target), false);
+    setAnnotation(std::move(fall_through), false);
 }
 
 void Machine::translateReturn(Step& a_step)

@@ -72,15 +72,16 @@ DNF Machine::getAndDeleteFirstAnnotation()
     return first;
 }
 
-void Machine::setAnnotation(const Annotation& a_annotation, bool)
+const Annotation& Machine::setAnnotation(Annotation a_annotation, bool)
 {
     auto position = m_annotations.begin();
     while (position != m_annotations.end() && position->id() < a_annotation.id())
         ++position;
     if (position != m_annotations.end() && position->id() == a_annotation.id())
         position = m_annotations.erase(position);
-    m_annotations.insert(position, a_annotation);
-    a_annotation.formula().print();
+    auto inserted = m_annotations.insert(position, std::move(a_annotation));
+    inserted->formula().print();
+    return *inserted;
 }
 
 bool Machine::isBranch(TOP a_operation)

@@ -48,7 +48,9 @@ public:
     // Removes the lowest-id annotation and returns its formula (false when
     // the list is empty).
     DNF getAndDeleteFirstAnnotation();
-    void setAnnotation(const Annotation& a_annotation, bool a_first);
+    // Puts a_annotation in place of the one of its id and returns it, as it
+    // stays until an annotation of that id is taken or set again.
+    const Annotation& setAnnotation(Annotation a_annotation, bool a_first);
     static bool isBranch(TOP a_operation);
     // Whether the translation gives the opcode a meaning (values assigned,
     // or the path conditions split) rather than assigning nothing.
