@@ -20,7 +20,6 @@ signed char outFileIndex = 0;
 bool m_noIf = false;
 
 // Every table is indexed by output_format_t: ICS, CVC, TLV.
-const char comment[MAX_FORMAT] = {'%', '%', '#'};
 const char* assertStrs[MAX_FORMAT] = {"assert(", "ASSERT ", ""};
 const char* const checkStrs[MAX_FORMAT] = {"check(", "QUERY ", ""};
 const char* const andCheckStrs[MAX_FORMAT] = {"); check(", "AND ", ""};
@@ -141,7 +140,6 @@ const char* keyword(const char* const* a_table)
 
 } // namespace
 
-char commentChar() { return common_detail::format == SMT2 ? ';' : comment[common_detail::format]; }
 const char* assertStr() { return keyword(assertStrs); }
 const char* checkStr() { return keyword(checkStrs); }
 const char* andCheckStr() { return keyword(andCheckStrs); }

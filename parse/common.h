@@ -62,7 +62,13 @@ inline std::ostream* getOutFile()
 void setSkipPrintIf();
 bool skipPrintIf();
 
-char commentChar();
+// The comment character: '%', '%', '#' for ICS, CVC, TLV, and ';' for
+// SMT-LIB 2. Every annotation line starts with it, so it is inline.
+inline char commentChar()
+{
+    const output_format_t format = getOutFormat();
+    return format == SMT2 ? ';' : format == TLV ? '#' : '%';
+}
 const char* assertStr();
 const char* checkStr();
 const char* andCheckStr();
