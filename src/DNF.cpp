@@ -15,6 +15,8 @@
 
 bool DNF::add(Clause&& a_clause)
 {
+    // An empty clause is true: adding it to a disjunction changes nothing
+    // worth recording.
     if (a_clause.isTrue())
         return true;
     m_clauses.push_front(std::move(a_clause));
@@ -25,14 +27,7 @@ bool DNF::add(Clause&& a_clause)
 
 bool DNF::add(const Clause& a_clause)
 {
-    // An empty clause is true: adding it to a disjunction changes nothing
-    // worth recording.
-    if (a_clause.isTrue())
-        return true;
-    m_clauses.push_front(a_clause);
-    m_true = false;
-    m_false = false;
-    return false;
+    return add(Clause(a_clause));
 }
 
 bool DNF::remove(iterator a_position)

@@ -33,8 +33,7 @@ void TN::nameSet()
 void TN::valueFromName()
 {
     m_value = registerNumberOf(m_name.c_str());
-    m_name_hash = misc::hashString(m_name.c_str());
-    m_value_is_name_number = true;
+    nameSet();
 }
 
 TN::TN(TN_t a_kind, const char* a_name)

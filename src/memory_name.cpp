@@ -16,23 +16,10 @@ std::string cellName(long a_offset, const char* a_middle, const char* a_rest, st
     char digits[24];
     const std::size_t digit_count =
         static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, a_offset).ptr - digits);
-    const std::size_t middle_length = std::strlen(a_middle);
-    const std::size_t end_length = std::strlen(a_end);
-    const std::size_t length = 4 + digit_count + middle_length + a_rest_length + end_length;
-    char small[128];
-    std::string large;
-    char* text = small;
-    if (length > sizeof small) {
-        large.resize(length);
-        text = &large[0];
-    }
-    char* place = text;
-    for (const auto& piece : {std::pair<const char*, std::size_t>("MEM[", 4), {digits, digit_count},
-                              {a_middle, middle_length}, {a_rest, a_rest_length}, {a_end, end_length}}) {
-        std::memcpy(place, piece.first, piece.second);
-        place += piece.second;
-    }
-    return text == small ? std::string(small, length) : large;
+    std::string name;
+    name.reserve(4 + digit_count + std::strlen(a_middle) + a_rest_length + std::strlen(a_end));
+    name.append("MEM[", 4).append(digits, digit_count).append(a_middle).append(a_rest, a_rest_length).append(a_end);
+    return name;
 }
 
 } // namespace

@@ -49,27 +49,29 @@ TN* Symbols::addTN(TN_t a_type, const char* a_name)
         std::string key = correctNameForIcs(a_name);
         return store(key, TN(a_type, key.c_str()));
     }
-    std::pair<Table::iterator, bool> entry = m_table.findOrAdd(a_name, nullptr);
-    TN*& tn = entry.first->second;
-    if (entry.second)
-        tn = own(new TN(a_type, a_name, TN::CorrectName()));
-    else if (!tn->holdsNamed(a_type, true))
-        *tn = TN(a_type, a_name, TN::CorrectName());
-    return tn;
+    return registerCorrect(a_type, a_name, true);
 }
 
 TN* Symbols::addNamedTN(TN_t a_type, const char* a_name)
 {
     if (!TN::isCorrectName(a_name))
         return addTN(new TN(a_type, a_name));
+    return registerCorrect(a_type, a_name, false);
+}
+
+TN* Symbols::registerCorrect(TN_t a_type, const char* a_name, bool a_assign)
+{
     std::pair<Table::iterator, bool> entry = m_table.findOrAdd(a_name, nullptr);
     TN*& tn = entry.first->second;
-    if (entry.second) {
-        tn = own(new TN(a_type, a_name, TN::CorrectName()));
-    } else if (!tn->holdsNamed(a_type, false)) {
-        TN fresh(a_type, a_name, TN::CorrectName());
+    if (entry.second)
+        return tn = own(new TN(a_type, a_name, TN::CorrectName()));
+    if (tn->holdsNamed(a_type, a_assign))
+        return tn;
+    TN fresh(a_type, a_name, TN::CorrectName());
+    if (a_assign)
+        *tn = fresh;
+    else
         tn->update(&fresh);
-    }
     return tn;
 }
 

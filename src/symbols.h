@@ -54,6 +54,10 @@ public:
     const Table& table() const { return m_table; }
 
 private:
+    // The operand of a name that needs no correction, made when new, else
+    // set afresh unless it holds what it would be set to: by assignment
+    // (the flags too) when a_assign, else by update.
+    TN* registerCorrect(TN_t a_type, const char* a_name, bool a_assign);
     TN* store(const std::string& a_key, TN a_contents);
     TN* own(TN* a_tn);
 

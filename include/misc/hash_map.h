@@ -310,13 +310,12 @@ private:
     std::pair<iterator, bool> insertValue(const char* a_key, std::uint32_t a_hash, Value&& a_value)
     {
         growFor(m_count + 1);
-        const std::uint32_t hash = a_hash;
         if (m_compare == KeyCompare::Text) {
-            iterator found = findHashed(a_key, hash);
+            iterator found = findHashed(a_key, a_hash);
             if (found != end())
                 return {found, false};
         }
-        return {addAtHead(a_key, hash, std::forward<Value>(a_value)), true};
+        return {addAtHead(a_key, a_hash, std::forward<Value>(a_value)), true};
     }
 
     template <class Value>
